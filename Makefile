@@ -1,0 +1,38 @@
+# Entry points for users and CI. Every target installs what is missing first.
+BUILD      ?= build
+ASAN_BUILD ?= build-asan
+JOBS       ?= $(shell nproc)
+CORPUS     ?= ../shared/corpus
+
+.PHONY: all deps configure build test demo asan corpus bench clean
+
+all: build
+
+deps:
+	@bash scripts/setup-deps.sh
+
+configure: deps
+	@cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j $(JOBS)
+
+test: build
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+demo: build
+	@bash scripts/demo.sh $(BUILD)/bin/vurl
+
+asan: deps
+	@cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVURL_SANITIZE=ON -DVURL_BUILD_BENCH=OFF >/dev/null
+	@cmake --build $(ASAN_BUILD) -j $(JOBS)
+	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+corpus: build
+	@bash scripts/corpus.sh $(BUILD)/bin/vurl $(CORPUS)
+
+bench: build
+	@bash scripts/bench.sh $(BUILD)/bin
+
+clean:
+	rm -rf $(BUILD) $(ASAN_BUILD)

@@ -1,0 +1,3 @@
+#include "driver/driver.h"
+
+int RunVurl(const std::vector<std::string>& /*args*/) { return 1; }

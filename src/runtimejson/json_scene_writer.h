@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+#include "scene/options.h"
+#include "scene/scene.h"
+
+// The .json writer: model, materials, animation, metadata, scene metadata, each
+// when its flag is set, each truncating the same file.
+bool WriteJsonScene(const std::string& fileName, const Scene& scene, const ExportOptions& options);

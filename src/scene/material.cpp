@@ -1,0 +1,26 @@
+#include "scene/material.h"
+
+const MaterialSlotInfo kMaterialSlots[kMaterialSlotCount] = {
+    {"diffuseMap", &Material::diffuseMap},
+    {"specularMap", &Material::specularMap},
+    {"glossMap", &Material::glossMap},
+    {"emissiveMap", &Material::emissiveMap},
+    {"lightMap", &Material::lightMap},
+    {"heightMap", &Material::heightMap},
+    {"normalMap", &Material::normalMap},
+    {"opacityMap", &Material::opacityMap},
+    {"cubeMap", &Material::cubeMap},
+    {"sphereMap", &Material::sphereMap},
+    {"metalnessMap", &Material::metalnessMap},
+    {"aoMap", &Material::aoMap},
+    {"clearCoatMap", &Material::clearCoatMap},
+    {"clearCoatGlossMap", &Material::clearCoatGlossMap},
+    {"clearCoatNormalMap", &Material::clearCoatNormalMap},
+    {"specularityFactorMap", &Material::specularityFactorMap},
+    {"refractionMap", &Material::refractionMap},
+    {"sheenMap", &Material::sheenMap},
+    {"sheenGlossMap", &Material::sheenGlossMap},
+    {"thicknessMap", &Material::thicknessMap},
+    {"iridescenceMap", &Material::iridescenceMap},
+    {"iridescenceThicknessMap", &Material::iridescenceThicknessMap},
+};
