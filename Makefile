@@ -4,7 +4,7 @@ ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CORPUS     ?= ../shared/corpus
 
-.PHONY: all deps configure build test demo asan corpus bench clean
+.PHONY: all deps configure build test demo asan asan-build corpus bench clean
 
 all: build
 
@@ -23,13 +23,16 @@ test: build
 demo: build
 	@bash scripts/demo.sh $(BUILD)/bin/vurl
 
-asan: deps
+asan-build: deps
 	@cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVURL_SANITIZE=ON -DVURL_BUILD_BENCH=OFF >/dev/null
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
+
+asan: asan-build
 	@cd $(ASAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 
-corpus: build
-	@bash scripts/corpus.sh $(BUILD)/bin/vurl $(CORPUS)
+# The corpus runs on the sanitizer build, so memory faults show even where they do not crash.
+corpus: asan-build
+	@bash scripts/corpus.sh $(ASAN_BUILD)/bin/vurl $(CORPUS)
 
 bench: build
 	@bash scripts/bench.sh $(BUILD)/bin
