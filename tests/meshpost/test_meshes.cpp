@@ -1,0 +1,140 @@
+#include "test_meshes.h"
+
+#include <algorithm>
+#include <cmath>
+
+MeshOwner::~MeshOwner() {
+    for (auto* p : vertexData) delete p;
+    for (auto* p : indexLists) delete p;
+    for (auto* p : instances) delete p;
+}
+
+MeshInstance* MeshOwner::Make(VertexData data, std::vector<uint32_t> indices) {
+    auto* mi = new MeshInstance;
+    mi->vertices = new VertexData(std::move(data));
+    mi->indices = new std::vector<uint32_t>(std::move(indices));
+    vertexData.push_back(mi->vertices);
+    indexLists.push_back(mi->indices);
+    instances.push_back(mi);
+    return mi;
+}
+
+void MeshOwner::Adopt(MeshInstance* instance) {
+    if (std::find(vertexData.begin(), vertexData.end(), instance->vertices) == vertexData.end())
+        vertexData.push_back(instance->vertices);
+    if (std::find(indexLists.begin(), indexLists.end(), instance->indices) == indexLists.end())
+        indexLists.push_back(instance->indices);
+}
+
+void MakeCube(VertexData& data, std::vector<uint32_t>& indices, float size) {
+    const float h = size * 0.5f;
+    // For each face: normal, and two axes spanning it.
+    const float faces[6][9] = {
+        {1, 0, 0, 0, 1, 0, 0, 0, 1},  {-1, 0, 0, 0, 0, 1, 0, 1, 0}, {0, 1, 0, 0, 0, 1, 1, 0, 0},
+        {0, -1, 0, 1, 0, 0, 0, 0, 1}, {0, 0, 1, 1, 0, 0, 0, 1, 0},  {0, 0, -1, 0, 1, 0, 1, 0, 0},
+    };
+    const float corners[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+    for (const auto& f : faces) {
+        const uint32_t base = uint32_t(data.positions.size() / 3);
+        for (const auto& c : corners) {
+            for (int k = 0; k < 3; ++k) {
+                data.positions.push_back(h * (f[k] + c[0] * f[3 + k] + c[1] * f[6 + k]));
+                data.normals.push_back(f[k]);
+            }
+        }
+        for (uint32_t i : {0u, 1u, 2u, 0u, 2u, 3u}) indices.push_back(base + i);
+    }
+}
+
+void MakeCylinder(VertexData& data, std::vector<uint32_t>& indices, uint32_t segments) {
+    const double pi = 3.14159265358979323846;
+    for (uint32_t s = 0; s <= segments; ++s) {
+        const double a = 2.0 * pi * s / segments;
+        const float x = float(std::cos(a)), z = float(std::sin(a));
+        for (float y : {-0.5f, 0.5f}) {
+            data.positions.insert(data.positions.end(), {0.5f * x, y, 0.5f * z});
+            data.normals.insert(data.normals.end(), {x, 0.0f, z});
+        }
+    }
+    for (uint32_t s = 0; s < segments; ++s) {
+        const uint32_t a = 2 * s, b = a + 1, c = a + 2, d = a + 3;
+        indices.insert(indices.end(), {a, b, c, c, b, d});
+    }
+}
+
+void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n) {
+    for (uint32_t j = 0; j <= n; ++j) {
+        for (uint32_t i = 0; i <= n; ++i) {
+            const float x = float(i) / n, z = float(j) / n;
+            data.positions.insert(data.positions.end(), {x, 0.1f * std::sin(3.0f * x) * std::cos(2.0f * z), z});
+            data.normals.insert(data.normals.end(), {0.0f, 1.0f, 0.0f});
+        }
+    }
+    for (uint32_t j = 0; j < n; ++j) {
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t a = j * (n + 1) + i, b = a + 1, c = a + n + 1, d = c + 1;
+            indices.insert(indices.end(), {a, c, b, b, c, d});
+        }
+    }
+}
+
+double TriangleArea3(const std::vector<float>& p, const std::vector<uint32_t>& idx, size_t t) {
+    const float* a = &p[size_t(idx[3 * t]) * 3];
+    const float* b = &p[size_t(idx[3 * t + 1]) * 3];
+    const float* c = &p[size_t(idx[3 * t + 2]) * 3];
+    const double u[3] = {double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
+    const double v[3] = {double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
+    const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
+    return 0.5 * std::sqrt(x * x + y * y + z * z);
+}
+
+double TriangleAreaUv(const std::vector<float>& uv, const std::vector<uint32_t>& idx, size_t t, double su,
+                      double sv) {
+    const float* a = &uv[size_t(idx[3 * t]) * 2];
+    const float* b = &uv[size_t(idx[3 * t + 1]) * 2];
+    const float* c = &uv[size_t(idx[3 * t + 2]) * 2];
+    return 0.5 * ((b[0] - a[0]) * su * (c[1] - a[1]) * sv - (c[0] - a[0]) * su * (b[1] - a[1]) * sv);
+}
+
+size_t OverlappingTexels(const std::vector<const std::vector<float>*>& uvSets,
+                         const std::vector<const std::vector<uint32_t>*>& indexLists, uint32_t w, uint32_t h) {
+    std::vector<uint8_t> cover(size_t(w) * h, 0);
+    for (size_t m = 0; m < uvSets.size(); ++m) {
+        const std::vector<float>& uv = *uvSets[m];
+        const std::vector<uint32_t>& idx = *indexLists[m];
+        for (size_t t = 0; t + 2 < idx.size(); t += 3) {
+            double px[3], py[3];
+            for (int k = 0; k < 3; ++k) {
+                px[k] = uv[size_t(idx[t + k]) * 2] * w;
+                py[k] = uv[size_t(idx[t + k]) * 2 + 1] * h;
+            }
+            const double area = (px[1] - px[0]) * (py[2] - py[0]) - (px[2] - px[0]) * (py[1] - py[0]);
+            if (std::fabs(area) < 1e-12) continue;
+            const int x0 = std::max(0, int(std::floor(std::min({px[0], px[1], px[2]}))));
+            const int x1 = std::min(int(w) - 1, int(std::ceil(std::max({px[0], px[1], px[2]}))));
+            const int y0 = std::max(0, int(std::floor(std::min({py[0], py[1], py[2]}))));
+            const int y1 = std::min(int(h) - 1, int(std::ceil(std::max({py[0], py[1], py[2]}))));
+            for (int y = y0; y <= y1; ++y) {
+                for (int x = x0; x <= x1; ++x) {
+                    const double cx = x + 0.5, cy = y + 0.5;
+                    bool inside = true;
+                    for (int k = 0; k < 3 && inside; ++k) {
+                        const int n = (k + 1) % 3;
+                        const double e = ((px[n] - px[k]) * (cy - py[k]) - (py[n] - py[k]) * (cx - px[k])) / area;
+                        inside = e > 1e-9;
+                    }
+                    if (inside && cover[size_t(y) * w + x] < 255) ++cover[size_t(y) * w + x];
+                }
+            }
+        }
+    }
+    return size_t(std::count_if(cover.begin(), cover.end(), [](uint8_t c) { return c > 1; }));
+}
+
+Mat4 ScaleMatrix(float sx, float sy, float sz) {
+    Mat4 m;
+    m(0, 0) = sx;
+    m(1, 1) = sy;
+    m(2, 2) = sz;
+    return m;
+}

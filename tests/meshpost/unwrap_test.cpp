@@ -1,0 +1,340 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <xatlas.h>
+
+#include "meshpost/meshpost.h"
+#include "meshpost/unwrap.h"
+#include "test_meshes.h"
+
+namespace {
+
+// A scene whose dictionary holds the given geometries; the scene frees everything.
+struct TestScene {
+    Scene scene;
+    TestScene() { scene.root = new GraphNode; }
+
+    Geometry* AddGeometry(std::vector<std::pair<VertexData, std::vector<uint32_t>>> meshes) {
+        auto* g = new Geometry;
+        g->id = scene.geometries.Size();
+        for (auto& [data, indices] : meshes) {
+            auto* mi = new MeshInstance;
+            mi->vertices = new VertexData(std::move(data));
+            mi->indices = new std::vector<uint32_t>(std::move(indices));
+            g->meshInstances.push_back(mi);
+        }
+        scene.geometries.Add(g);
+        return g;
+    }
+    GraphNode* AddNode(Geometry* g, const Mat4& world) {
+        auto* node = new GraphNode;
+        node->geometry = g;
+        node->worldMatrix = world;
+        scene.root->AddChild(node);
+        return node;
+    }
+};
+
+std::pair<VertexData, std::vector<uint32_t>> Cube(float size = 1.0f) {
+    std::pair<VertexData, std::vector<uint32_t>> m;
+    MakeCube(m.first, m.second, size);
+    return m;
+}
+
+std::pair<VertexData, std::vector<uint32_t>> Cylinder() {
+    std::pair<VertexData, std::vector<uint32_t>> m;
+    MakeCylinder(m.first, m.second, 24);
+    return m;
+}
+
+// Texels per world unit that the unwrapped set gives, from the summed areas.
+double Density(const MeshInstance& mi, int set, double atlasWidth, double atlasHeight) {
+    double world = 0, texels = 0;
+    for (size_t t = 0; t < mi.indices->size() / 3; ++t) {
+        world += TriangleArea3(mi.vertices->positions, *mi.indices, t);
+        texels += std::fabs(TriangleAreaUv(mi.vertices->texCoords[set], *mi.indices, t, atlasWidth, atlasHeight));
+    }
+    return std::sqrt(texels / world);
+}
+
+void ExpectInUnitSquare(const std::vector<float>& uv) {
+    ASSERT_FALSE(uv.empty());
+    for (float f : uv) {
+        EXPECT_GE(f, 0.0f);
+        EXPECT_LE(f, 1.0f);
+    }
+}
+
+}  // namespace
+
+TEST(Unwrap, CubeAndCylinderGetNonOverlappingChartsInUnitSquare) {
+    TestScene ts;
+    Geometry* cube = ts.AddGeometry({Cube()});
+    Geometry* cyl = ts.AddGeometry({Cylinder()});
+    ts.AddNode(cube, Mat4());
+    ts.AddNode(cyl, Mat4());
+    const size_t cubeTriangles = cube->meshInstances[0]->indices->size() / 3;
+    const size_t cylTriangles = cyl->meshInstances[0]->indices->size() / 3;
+
+    UnwrapScene(ts.scene, 64.0f);
+
+    for (Geometry* g : {cube, cyl}) {
+        const MeshInstance& mi = *g->meshInstances[0];
+        const VertexData& vd = *mi.vertices;
+        ExpectInUnitSquare(vd.texCoords[0]);
+        EXPECT_TRUE(vd.texCoords[1].empty());
+        const size_t n = vd.positions.size() / 3;
+        EXPECT_EQ(vd.texCoords[0].size(), n * 2);
+        EXPECT_EQ(vd.normals.size(), n * 3);
+        for (uint32_t i : *mi.indices) ASSERT_LT(i, n);
+        // Fine raster: at 64 texels a metre a chart is tens of texels wide.
+        EXPECT_EQ(OverlappingTexels({&vd.texCoords[0]}, {mi.indices}, 512, 512), 0u);
+    }
+    EXPECT_EQ(cube->meshInstances[0]->indices->size() / 3, cubeTriangles);
+    EXPECT_EQ(cyl->meshInstances[0]->indices->size() / 3, cylTriangles);
+    // A cube cannot lie flat in one piece without seams: its vertices were split.
+    EXPECT_GE(cube->meshInstances[0]->vertices->positions.size() / 3, 24u);
+}
+
+TEST(Unwrap, InstancesOfOneGeometryShareOneAtlas) {
+    TestScene ts;
+    Geometry* g = ts.AddGeometry({Cube(), Cylinder()});
+    ts.AddNode(g, Mat4());
+    UnwrapScene(ts.scene, 32.0f);
+    const MeshInstance& a = *g->meshInstances[0];
+    const MeshInstance& b = *g->meshInstances[1];
+    ExpectInUnitSquare(a.vertices->texCoords[0]);
+    ExpectInUnitSquare(b.vertices->texCoords[0]);
+    EXPECT_EQ(OverlappingTexels({&a.vertices->texCoords[0], &b.vertices->texCoords[0]}, {a.indices, b.indices}, 512,
+                                512),
+              0u);
+}
+
+TEST(Unwrap, WorldScaleIsLargestSignedComponentOverAllNodes) {
+    TestScene ts;
+    Geometry* shared = ts.AddGeometry({Cube()});
+    Geometry* stretched = ts.AddGeometry({Cube()});
+    Geometry* mirrored = ts.AddGeometry({Cube()});
+    ts.AddGeometry({Cube()});  // used by no node
+    ts.AddNode(shared, ScaleMatrix(1, 1, 1));
+    GraphNode* parent = ts.AddNode(shared, ScaleMatrix(3, 3, 3));
+    auto* deep = new GraphNode;  // found below another node, past a null child
+    deep->geometry = stretched;
+    deep->worldMatrix = ScaleMatrix(1, 2, 0.5f);
+    parent->AddChild(nullptr);
+    parent->AddChild(deep);
+    ts.AddNode(mirrored, ScaleMatrix(-2, 1, 1));
+
+    const auto scales = GeometryWorldScales(ts.scene.root);
+    EXPECT_FLOAT_EQ(scales.at(shared), 3.0f);
+    EXPECT_FLOAT_EQ(scales.at(stretched), 2.0f);
+    // A mirror turns all three scales negative, so the largest signed one is -1.
+    EXPECT_FLOAT_EQ(scales.at(mirrored), -1.0f);
+    EXPECT_EQ(scales.size(), 3u);
+}
+
+TEST(Unwrap, TexelDensityFollowsTexelsPerMeterTimesWorldScale) {
+    // A cube's faces are flat charts, so texels per metre come out exactly.
+    for (auto [worldScale, q] : {std::pair{1.0f, 16.0f}, {1.0f, 40.0f}, {3.0f, 16.0f}}) {
+        MeshOwner owner;
+        MeshInstance* mi = owner.Make(Cube().first, Cube().second);
+        const AtlasSize size = UnwrapGeometry({mi}, worldScale, q);
+        owner.Adopt(mi);
+        ASSERT_GT(size.width, 0u);
+        EXPECT_NEAR(Density(*mi, 0, size.width, size.height), worldScale * q, 0.02 * worldScale * q)
+            << "scale " << worldScale << " q " << q;
+    }
+}
+
+TEST(Unwrap, SceneUsesTheLargerScaleOfTwoNodes) {
+    // Same geometry under nodes of scale 1 and 3 lays out as a lone unwrap at scale 3 does.
+    TestScene ts;
+    Geometry* g = ts.AddGeometry({Cylinder()});
+    ts.AddNode(g, ScaleMatrix(1, 1, 1));
+    ts.AddNode(g, ScaleMatrix(3, 3, 3));
+    UnwrapScene(ts.scene, 16.0f);
+
+    for (float worldScale : {3.0f, 1.0f}) {
+        MeshOwner owner;
+        MeshInstance* mi = owner.Make(Cylinder().first, Cylinder().second);
+        UnwrapGeometry({mi}, worldScale, 16.0f);
+        owner.Adopt(mi);
+        const bool same = mi->vertices->texCoords[0] == g->meshInstances[0]->vertices->texCoords[0];
+        EXPECT_EQ(same, worldScale == 3.0f) << worldScale;
+    }
+}
+
+TEST(Unwrap, ExistingSetZeroStaysAndNewSetGoesToOne) {
+    TestScene ts;
+    auto cube = Cube();
+    for (size_t v = 0; v < cube.first.positions.size() / 3; ++v)
+        cube.first.texCoords[0].insert(cube.first.texCoords[0].end(), {float(v), -float(v)});
+    cube.first.texCoords[3] = std::vector<float>(cube.first.texCoords[0].size(), 0.5f);  // dropped
+    const VertexData before = cube.first;
+    Geometry* g = ts.AddGeometry({cube});
+    ts.AddNode(g, Mat4());
+    UnwrapScene(ts.scene, 16.0f);
+
+    const VertexData& vd = *g->meshInstances[0]->vertices;
+    const size_t n = vd.positions.size() / 3;
+    ExpectInUnitSquare(vd.texCoords[1]);
+    ASSERT_EQ(vd.texCoords[0].size(), n * 2);
+    EXPECT_TRUE(vd.texCoords[3].empty());
+    // Old set 0 values still sit with their positions.
+    for (size_t v = 0; v < n; ++v) {
+        const size_t x = size_t(vd.texCoords[0][2 * v]);
+        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
+        for (int k = 0; k < 3; ++k) EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
+    }
+}
+
+TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
+    auto expectUntouched = [](auto mutate) {
+        TestScene ts;
+        Geometry* g = ts.AddGeometry({Cube(), Cylinder()});
+        ts.AddNode(g, Mat4());
+        mutate(*g->meshInstances[1]);
+        std::vector<std::pair<VertexData*, std::vector<uint32_t>*>> before;
+        for (MeshInstance* mi : g->meshInstances) before.push_back({mi->vertices, mi->indices});
+        const size_t firstSize = g->meshInstances[0]->vertices->positions.size();
+        UnwrapScene(ts.scene, 16.0f);
+        for (size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(g->meshInstances[i]->vertices, before[i].first);
+            EXPECT_EQ(g->meshInstances[i]->indices, before[i].second);
+        }
+        // The instance before the unsuitable one passed its checks and is untouched too.
+        EXPECT_EQ(g->meshInstances[0]->vertices->positions.size(), firstSize);
+        EXPECT_TRUE(g->meshInstances[0]->vertices->texCoords[0].empty());
+    };
+    expectUntouched([](MeshInstance& mi) { mi.primitiveType = 4; });
+    expectUntouched([](MeshInstance& mi) { mi.vertices->texCoords[1].assign(mi.vertices->positions.size() / 3 * 2, 0); });
+    expectUntouched([](MeshInstance& mi) {
+        delete mi.indices;
+        mi.indices = nullptr;
+    });
+}
+
+TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {
+    TestScene ts;
+    auto bad = Cube();
+    bad.second[4] = 24;  // one past the last vertex
+    Geometry* g = ts.AddGeometry({Cube(), bad});
+    Geometry* fine = ts.AddGeometry({Cube()});
+    ts.AddNode(g, Mat4());
+    ts.AddNode(fine, Mat4());
+    VertexData* before = g->meshInstances[0]->vertices;
+    testing::internal::CaptureStderr();
+    UnwrapScene(ts.scene, 16.0f);
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(err, "failed to add the xatlas mesh err=2\n");
+    EXPECT_EQ(g->meshInstances[0]->vertices, before);
+    EXPECT_TRUE(before->texCoords[0].empty());
+    // Other geometries still get their set.
+    EXPECT_FALSE(fine->meshInstances[0]->vertices->texCoords[0].empty());
+}
+
+TEST(Unwrap, SkinAttributesFollowTheirVertices) {
+    TestScene ts;
+    auto cyl = Cylinder();
+    const size_t n = cyl.first.positions.size() / 3;
+    for (size_t v = 0; v < n; ++v) {
+        cyl.first.joints.insert(cyl.first.joints.end(), {uint16_t(v), uint16_t(v + 1), 7, 0});
+        cyl.first.weights.insert(cyl.first.weights.end(), {0.25f * float(v), 0.5f, 0.125f, 0.0f});
+        cyl.first.colors.insert(cyl.first.colors.end(), {float(v), 1.0f, 0.0f, 1.0f});
+    }
+    const VertexData before = cyl.first;
+    Geometry* g = ts.AddGeometry({cyl});
+    ts.AddNode(g, Mat4());
+    UnwrapScene(ts.scene, 16.0f);
+
+    const VertexData& vd = *g->meshInstances[0]->vertices;
+    const size_t m = vd.positions.size() / 3;
+    ASSERT_GT(m, n);  // a closed tube must be cut open
+    ASSERT_EQ(vd.joints.size(), m * 4);
+    ASSERT_EQ(vd.weights.size(), m * 4);
+    ASSERT_EQ(vd.colors.size(), m * 4);
+    for (size_t v = 0; v < m; ++v) {
+        const size_t x = vd.joints[4 * v];
+        ASSERT_LT(x, n);
+        EXPECT_EQ(vd.joints[4 * v + 1], x + 1);
+        EXPECT_EQ(vd.weights[4 * v], 0.25f * float(x));
+        EXPECT_EQ(vd.colors[4 * v], float(x));
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
+            EXPECT_EQ(vd.normals[3 * v + k], before.normals[3 * x + k]);
+        }
+    }
+}
+
+TEST(Unwrap, ApplyCopiesByXrefAndScalesUvs) {
+    MeshOwner owner;
+    VertexData data;
+    data.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    data.joints = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    data.weights = {1, 0, 0, 0, 0.5f, 0.5f, 0, 0, 0.25f, 0.25f, 0.25f, 0.25f};
+    data.colors = {0.1f, 0.2f, 0.3f};  // shorter than four per vertex: padded, never read past
+    data.texCoords[2] = {9, 9, 9, 9, 9, 9};
+    MeshInstance* mi = owner.Make(data, {0, 1, 2});
+    VertexData* old = mi->vertices;
+
+    xatlas::Vertex verts[4] = {};
+    const uint32_t xrefs[4] = {2, 0, 2, 1};
+    for (int i = 0; i < 4; ++i) {
+        verts[i].xref = xrefs[i];
+        verts[i].uv[0] = float(i) * 10.0f;
+        verts[i].uv[1] = 64.0f - float(i);
+    }
+    uint32_t idx[6] = {0, 1, 3, 3, 1, 2};
+    xatlas::Mesh out = {};
+    out.vertexArray = verts;
+    out.vertexCount = 4;
+    out.indexArray = idx;
+    out.indexCount = 6;
+
+    ApplyUnwrap(*mi, out, 40.0f, 64.0f);
+    owner.Adopt(mi);
+    ASSERT_NE(mi->vertices, old);
+    const VertexData& vd = *mi->vertices;
+    EXPECT_EQ(*mi->indices, (std::vector<uint32_t>{0, 1, 3, 3, 1, 2}));
+    EXPECT_EQ(vd.positions, (std::vector<float>{0, 1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 0}));
+    EXPECT_EQ(vd.joints, (std::vector<uint16_t>{9, 10, 11, 12, 1, 2, 3, 4, 9, 10, 11, 12, 5, 6, 7, 8}));
+    EXPECT_EQ(vd.weights[4], 1.0f);
+    EXPECT_EQ(vd.weights[12], 0.5f);
+    EXPECT_EQ(vd.colors.size(), 16u);
+    EXPECT_EQ(vd.colors[4], 0.1f);
+    EXPECT_EQ(vd.colors[7], 0.0f);
+    EXPECT_TRUE(vd.normals.empty());
+    EXPECT_TRUE(vd.texCoords[2].empty());
+    EXPECT_TRUE(vd.texCoords[1].empty());
+    EXPECT_EQ(vd.texCoords[0], (std::vector<float>{0, 1, 0.25f, 63.0f / 64, 0.5f, 62.0f / 64, 0.75f, 61.0f / 64}));
+    // The old records stay for whoever else holds them.
+    EXPECT_EQ(old->positions.size(), 9u);
+}
+
+TEST(Unwrap, SharedVertexDataSurvivesForGeometryLeftAlone) {
+    // One vertex data used by an unwrapped geometry and by a skipped one: the skipped one
+    // keeps a valid record (the sanitizer build checks the frees).
+    TestScene ts;
+    Geometry* unwrapped = ts.AddGeometry({Cube()});
+    Geometry* skipped = ts.AddGeometry({});
+    auto* strip = new MeshInstance;
+    strip->primitiveType = 4;
+    strip->vertices = unwrapped->meshInstances[0]->vertices;
+    strip->indices = new std::vector<uint32_t>{0, 1, 2};
+    skipped->meshInstances.push_back(strip);
+    ts.AddNode(unwrapped, Mat4());
+    ts.AddNode(skipped, Mat4());
+    UnwrapScene(ts.scene, 16.0f);
+    EXPECT_NE(unwrapped->meshInstances[0]->vertices, strip->vertices);
+    EXPECT_EQ(strip->vertices->positions.size(), 72u);
+}
+
+TEST(Unwrap, ZeroDensityLetsXatlasChoose) {
+    MeshOwner owner;
+    MeshInstance* mi = owner.Make(Cube().first, Cube().second);
+    const AtlasSize size = UnwrapGeometry({mi}, 1.0f, 0.0f);
+    owner.Adopt(mi);
+    EXPECT_GT(size.width, 8u);
+    ExpectInUnitSquare(mi->vertices->texCoords[0]);
+}
