@@ -1,0 +1,116 @@
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "gltf/gltf_context.h"
+
+namespace {
+
+int Base64Value(unsigned char c) {
+    if (c >= 'A' && c <= 'Z') return c - 'A';
+    if (c >= 'a' && c <= 'z') return c - 'a' + 26;
+    if (c >= '0' && c <= '9') return c - '0' + 52;
+    if (c == '+' || c == '-') return 62;
+    if (c == '/' || c == '_') return 63;
+    return -1;
+}
+
+bool DecodeBase64(const std::string& text, size_t start, std::vector<uint8_t>& out) {
+    out.reserve((text.size() - start) / 4 * 3 + 3);
+    uint32_t accumulator = 0;
+    int bits = 0;
+    for (size_t i = start; i < text.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c == '=') break;
+        const int v = Base64Value(c);
+        if (v < 0) return false;
+        accumulator = (accumulator << 6) | uint32_t(v);
+        bits += 6;
+        if (bits >= 8) {
+            bits -= 8;
+            out.push_back(uint8_t(accumulator >> bits));
+        }
+    }
+    return true;
+}
+
+int HexValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+// A relative URI names a file beside the input; "%XX" escapes stand for bytes.
+std::string DecodeUriPath(const std::string& uri) {
+    std::string out;
+    out.reserve(uri.size());
+    for (size_t i = 0; i < uri.size(); ++i) {
+        if (uri[i] == '%' && i + 2 < uri.size() && HexValue(uri[i + 1]) >= 0 && HexValue(uri[i + 2]) >= 0) {
+            out.push_back(char(HexValue(uri[i + 1]) * 16 + HexValue(uri[i + 2])));
+            i += 2;
+        } else {
+            out.push_back(uri[i]);
+        }
+    }
+    return out;
+}
+
+std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, int32_t index) {
+    const std::string& uri = context.document.buffers[size_t(index)].uri;
+    auto bytes = std::make_unique<std::vector<uint8_t>>();
+    if (uri.compare(0, 5, "data:") == 0) {
+        const size_t marker = uri.find(";base64,");
+        const size_t comma = uri.find(',');
+        if (marker == std::string::npos || marker + 7 != comma)
+            throw GltfError("buffer " + std::to_string(index) + " has a data URI that is not base64");
+        if (!DecodeBase64(uri, comma + 1, *bytes))
+            throw GltfError("buffer " + std::to_string(index) + " has invalid base64 data");
+        return bytes;
+    }
+    const std::filesystem::path file =
+        std::filesystem::path(context.path).parent_path() / std::filesystem::path(DecodeUriPath(uri));
+    std::FILE* f = std::fopen(file.string().c_str(), "rb");
+    if (!f) throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' cannot be opened");
+    bool ok = std::fseek(f, 0, SEEK_END) == 0;
+    const long size = ok ? std::ftell(f) : -1;
+    ok = ok && size >= 0 && std::fseek(f, 0, SEEK_SET) == 0;
+    if (ok) {
+        bytes->resize(size_t(size));
+        ok = std::fread(bytes->data(), 1, bytes->size(), f) == bytes->size();
+    }
+    std::fclose(f);
+    if (!ok) throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' cannot be read");
+    return bytes;
+}
+
+}  // namespace
+
+ByteRange BufferBytes(GltfContext& context, int32_t index) {
+    const auto& buffers = context.document.buffers;
+    // Without any declared buffer, views address the binary chunk as a GLB would.
+    if (buffers.empty()) return {context.binaryChunk.data(), context.binaryChunk.size()};
+    if (index < 0 || size_t(index) >= buffers.size())
+        throw GltfError("buffer " + std::to_string(index) + " does not exist");
+    if (buffers[size_t(index)].uri.empty()) return {context.binaryChunk.data(), context.binaryChunk.size()};
+    if (context.uriBuffers.size() != buffers.size()) context.uriBuffers.resize(buffers.size());
+    auto& slot = context.uriBuffers[size_t(index)];
+    if (!slot) slot = LoadUriBuffer(context, index);
+    return {slot->data(), slot->size()};
+}
+
+ByteRange ViewBytes(GltfContext& context, int32_t viewIndex) {
+    const auto& views = context.document.bufferViews;
+    if (viewIndex < 0 || size_t(viewIndex) >= views.size())
+        throw GltfError("buffer view " + std::to_string(viewIndex) + " does not exist");
+    const GltfBufferView& view = views[size_t(viewIndex)];
+    ByteRange buffer;
+    try {
+        buffer = BufferBytes(context, view.buffer);
+    } catch (const GltfError& e) {
+        throw GltfError("buffer view " + std::to_string(viewIndex) + ": " + e.what());
+    }
+    if (view.byteOffset > buffer.size)
+        throw GltfError("buffer view " + std::to_string(viewIndex) + " starts past the end of its buffer");
+    return {buffer.data + view.byteOffset, buffer.size - view.byteOffset};
+}

@@ -1,0 +1,9 @@
+// Fills a GltfDocument from parsed JSON. Tolerant: nothing is required or validated;
+// what a file lacks keeps its default.
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include "gltf/gltf_document.h"
+
+bool ReadGltfDocument(GltfDocument& document, const rapidjson::Value& root);

@@ -1,0 +1,51 @@
+// Building a Scene from a parsed glTF document.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "gltf/gltf_context.h"
+#include "scene/scene.h"
+
+// Work lists of one import. Records are handed to the Scene as they are made, so that a
+// GltfError part way through leaves nothing behind once the Scene is deleted.
+class GltfImporter {
+public:
+    GltfImporter(GltfContext& context, Scene& scene) : context_(context), scene_(scene) {}
+    ~GltfImporter();
+    GltfImporter(const GltfImporter&) = delete;
+    GltfImporter& operator=(const GltfImporter&) = delete;
+
+    void ImportSkins();
+    void ImportCameras();
+    void ImportLights();
+    // Makes every node, links children and sets the Scene's root.
+    void ImportNodes();
+    Geometry* ImportMesh(int32_t index);
+    // True when the primitive is Draco-compressed (whether or not decoding gave data).
+    bool DecodeDracoPrimitive(const GltfPrimitive& primitive, MeshInstance& instance);
+    std::unique_ptr<Animation> ImportAnimation(size_t index);
+
+    Material* ImportMaterial(int32_t index);
+    Texture* ImportTexture(int32_t index);
+
+private:
+    GraphNode* ImportNode(size_t index);
+    void SetSlot(TextureSlot& slot, int32_t index, int32_t texCoord, const GltfTransformSlot& transform);
+    void ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance);
+
+    GltfContext& context_;
+    Scene& scene_;
+    std::vector<Skin*> skins_;
+    std::vector<Camera*> cameras_;
+    std::vector<Light*> lights_;
+    std::optional<std::vector<std::string>> imageNames_;
+};
+
+// The whole import; throws GltfError for a file that cannot be imported safely. With
+// `deferred`, the animations are handed back instead of added, so that the caller can
+// save the embedded images first and add them with AddImportedAnimations.
+Scene* ImportGltfScene(GltfContext& context, std::vector<std::unique_ptr<Animation>>* deferred = nullptr);
+void AddImportedAnimations(Scene& scene, std::vector<std::unique_ptr<Animation>>& animations);

@@ -1,0 +1,54 @@
+// Primitives stored with KHR_draco_mesh_compression, decoded with the Draco library.
+#include <draco/compression/decode.h>
+
+#include "gltf/gltf_draco_attributes.h"
+#include "gltf/gltf_import.h"
+
+bool GltfImporter::DecodeDracoPrimitive(const GltfPrimitive& primitive, MeshInstance& instance) {
+    if (!primitive.extensionsPresent || !primitive.dracoPresent) return false;
+    const GltfDracoExtension& draco = primitive.draco;
+    if (draco.bufferView < 0) return false;
+    const auto& views = context_.document.bufferViews;
+    if (size_t(draco.bufferView) >= views.size())
+        throw GltfError("Draco data refers to missing buffer view " + std::to_string(draco.bufferView));
+    const GltfBufferView& view = views[size_t(draco.bufferView)];
+    if (view.buffer != 0) return false;
+    const ByteRange bytes = ViewBytes(context_, draco.bufferView);
+    if (view.byteLength > bytes.size)
+        throw GltfError("Draco buffer view " + std::to_string(draco.bufferView) + " reaches past the end of its buffer");
+
+    draco::DecoderBuffer buffer;
+    buffer.Init(reinterpret_cast<const char*>(bytes.data), view.byteLength);
+    auto type = draco::Decoder::GetEncodedGeometryType(&buffer);
+    if (!type.ok()) return true;
+    draco::Decoder decoder;
+    if (type.value() == draco::TRIANGULAR_MESH) {
+        auto decoded = decoder.DecodeMeshFromBuffer(&buffer);
+        if (!decoded.ok()) return true;
+        const draco::Mesh& mesh = *decoded.value();
+        const uint32_t points = mesh.num_points();
+        auto* indices = new std::vector<uint32_t>();
+        instance.indices = indices;
+        indices->reserve(size_t(mesh.num_faces()) * 3);
+        for (draco::FaceIndex f(0); f < mesh.num_faces(); ++f) {
+            const auto& face = mesh.face(f);
+            for (int c = 0; c < 3; ++c) {
+                if (face[c].value() >= points) throw GltfError("Draco mesh has a face index past its points");
+                indices->push_back(face[c].value());
+            }
+        }
+        VertexData* vertices = new VertexData();
+        instance.vertices = vertices;
+        const GltfAttributeMap& names = draco.attributes;
+        vertices->positions = ReadDracoAttributeAsFloat("POSITION", names, mesh);
+        vertices->normals = ReadDracoAttributeAsFloat("NORMAL", names, mesh);
+        vertices->colors = ReadDracoAttributeAsFloat("COLOR_0", names, mesh);
+        vertices->joints = ReadDracoAttributeAsJoint("JOINTS_0", names, mesh);
+        vertices->weights = ReadDracoAttributeAsFloat("WEIGHTS_0", names, mesh);
+        for (int set = 0; set < 8; ++set)
+            vertices->texCoords[set] = ReadDracoAttributeAsFloat("TEXCOORD_" + std::to_string(set), names, mesh);
+    } else if (type.value() == draco::POINT_CLOUD) {
+        (void)decoder.DecodePointCloudFromBuffer(&buffer);  // decoded and discarded
+    }
+    return true;
+}
