@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+#include "json/json.h"
+#include "json/json_emitter.h"
+
+namespace {
+
+const JsonFormat kFormats[] = {NoFormat, StandardFormat, {false, true, false, 0}, {true, false, false, 3}};
+
+// Random content, fed both to a value tree and to an emitter. Strings mix in
+// backslashes, escape pairs and control bytes so the two escaping paths meet.
+class Content {
+public:
+    explicit Content(uint32_t seed) : random_(seed) {}
+
+    JsonValue Tree(int depth) {
+        switch (Pick(depth > 0 ? 8 : 6)) {
+            case 0: return JsonValue(Text());
+            case 1: return JsonValue(Float());
+            case 2: return JsonValue(static_cast<int32_t>(random_()));
+            case 3: return JsonValue(static_cast<uint32_t>(random_()));
+            case 4: return JsonValue(Pick(2) == 0);
+            case 5: return JsonValue(kJsonNull, "");
+            case 6: {
+                JsonValue object = JsonValue::Object();
+                for (int n = Pick(5); n > 0; --n) {
+                    std::string name = Name();
+                    object.Add(name, Tree(depth - 1));
+                }
+                return object;
+            }
+            default: {
+                JsonValue array = JsonValue::Array();
+                for (int n = Pick(5); n > 0; --n) array.Add(Tree(depth - 1));
+                return array;
+            }
+        }
+    }
+
+    // Replays the same random choices as Tree, into the emitter.
+    void Emit(JsonEmitter& out, int depth) {
+        switch (Pick(depth > 0 ? 8 : 6)) {
+            case 0: out.String(Text()); break;
+            case 1: out.Number(Float()); break;
+            case 2: out.Number(static_cast<int32_t>(random_())); break;
+            case 3: out.Number(static_cast<uint32_t>(random_())); break;
+            case 4: out.Bool(Pick(2) == 0); break;
+            case 5: out.Null(); break;
+            case 6:
+                out.BeginObject();
+                for (int n = Pick(5); n > 0; --n) {
+                    out.Name(Name());
+                    Emit(out, depth - 1);
+                }
+                out.EndObject();
+                break;
+            default:
+                out.BeginArray();
+                for (int n = Pick(5); n > 0; --n) Emit(out, depth - 1);
+                out.EndArray();
+                break;
+        }
+    }
+
+private:
+    int Pick(int n) { return static_cast<int>(random_() % static_cast<uint32_t>(n)); }
+    float Float() {
+        uint32_t bits = random_();
+        float value;
+        std::memcpy(&value, &bits, sizeof value);
+        return value;
+    }
+    std::string Text() {
+        static const char kPieces[][4] = {"a", "\\", "\\n", "\\u", "/", "\"", "\x01", "\x1f", "\xe9", " ", "\\\\"};
+        std::string text;
+        for (int n = Pick(6); n > 0; --n) text += kPieces[Pick(11)];
+        return text;
+    }
+    std::string Name() { return "n" + std::to_string(Pick(4)); }
+
+    std::mt19937 random_;
+};
+
+TEST(JsonEmitter, SameBytesAsTheWriterForEveryFormat) {
+    for (const JsonFormat& format : kFormats) {
+        for (uint32_t seed = 1; seed <= 300; ++seed) {
+            JsonValue tree = Content(seed).Tree(4);
+            std::string streamed;
+            {
+                JsonStringSink sink(streamed);
+                JsonEmitter out(sink, format);
+                Content(seed).Emit(out, 4);
+            }
+            ASSERT_EQ(streamed, JsonWriter(format).WriteString(tree)) << "seed " << seed;
+        }
+    }
+}
+
+TEST(JsonEmitter, SubtreesAtAnyPosition) {
+    JsonValue extras = JsonValue::Object();
+    extras.Add("k", JsonValue::Array());
+    std::string text;
+    {
+        JsonStringSink sink(text);
+        JsonEmitter out(sink, StandardFormat);
+        out.BeginObject();
+        out.Name("list");
+        out.BeginArray();
+        out.Value(extras);
+        out.Number(0.5f);
+        out.EndArray();
+        out.Name("raw");
+        out.Raw("1e5");
+        out.EndObject();
+    }
+    EXPECT_EQ(text,
+              "{\n"
+              "\t\"list\": [\n"
+              "\t\t{\n"
+              "\t\t\t\"k\": [\n"
+              "\n"
+              "\t\t\t]\n"
+              "\t\t},\n"
+              "\t\t0.5\n"
+              "\t],\n"
+              "\t\"raw\": 1e5\n"
+              "}");
+}
+
+TEST(JsonEmitter, OutputLargerThanTheBuffers) {
+    // Crosses the string sink's and the stream sink's buffer sizes many times,
+    // with single writes larger than a whole buffer.
+    std::string longText(300000, 'x');
+    JsonValue array = JsonValue::Array();
+    for (int i = 0; i < 50000; ++i) array.Add(JsonValue(static_cast<float>(i) * 0.25f));
+    array.Add(JsonValue(longText));
+    std::string expected = "[";
+    for (int i = 0; i < 50000; ++i) expected += FormatFloat(static_cast<float>(i) * 0.25f) + ",";
+    expected += "\"" + longText + "\"]";
+
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(array), expected);
+    std::ostringstream stream;
+    JsonWriter(NoFormat).WriteStream(array, stream);
+    EXPECT_EQ(stream.str(), expected);
+
+    std::string path = testing::TempDir() + "json_emitter_" + std::to_string(getpid()) + ".json";
+    {
+        JsonFileSink sink(path);
+        ASSERT_TRUE(sink.IsOpen());
+        JsonEmitter out(sink, NoFormat);
+        out.Value(array);
+        EXPECT_TRUE(sink.Close());
+    }
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream content;
+    content << in.rdbuf();
+    EXPECT_EQ(content.str(), expected);
+    std::remove(path.c_str());
+}
+
+TEST(JsonEmitter, UnopenableFileWritesNothing) {
+    std::string dir = testing::TempDir() + "json_missing_" + std::to_string(getpid());
+    JsonFileSink sink(dir + "/out.json");
+    EXPECT_FALSE(sink.IsOpen());
+    JsonEmitter out(sink, NoFormat);
+    out.BeginArray();
+    out.Number(int32_t{1});
+    out.EndArray();
+    EXPECT_FALSE(sink.Close());
+    EXPECT_FALSE(std::ifstream(dir + "/out.json").good());
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+#include "json/json.h"
+
+namespace {
+
+// {"a":1,"b":[true,null],"c":{}}
+JsonValue Sample() {
+    JsonValue b = JsonValue::Array();
+    b.Add(JsonValue(true));
+    b.Add(JsonValue(kJsonNull, ""));
+    JsonValue root = JsonValue::Object();
+    root.Add("a", JsonValue(int32_t{1}));
+    root.Add("b", b);
+    root.Add("c", JsonValue::Object());
+    return root;
+}
+
+TEST(JsonWriter, CompactLayout) {
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
+    EXPECT_EQ(JsonWriter().WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
+}
+
+TEST(JsonWriter, StandardLayoutIndentsOneTabPerLevel) {
+    EXPECT_EQ(JsonWriter(StandardFormat).WriteString(Sample()),
+              "{\n"
+              "\t\"a\": 1,\n"
+              "\t\"b\": [\n"
+              "\t\ttrue,\n"
+              "\t\tnull\n"
+              "\t],\n"
+              "\t\"c\": {\n"
+              "\n"
+              "\t}\n"
+              "}");
+}
+
+TEST(JsonWriter, EmptyContainersHoldTwoLineEnds) {
+    EXPECT_EQ(JsonWriter(StandardFormat).WriteString(JsonValue::Array()), "[\n\n]");
+    EXPECT_EQ(JsonWriter(StandardFormat).WriteString(JsonValue::Object()), "{\n\n}");
+}
+
+TEST(JsonWriter, SpacingWithoutNewlinesPutsBlanksForLineEnds) {
+    JsonFormat format{false, true, true, 1};
+    EXPECT_EQ(JsonWriter(format).WriteString(Sample()),
+              "{ \"a\": 1, \"b\": [ true, null ], \"c\": {  } }");
+}
+
+TEST(JsonWriter, BlankIndentOfChosenWidth) {
+    JsonFormat format{true, false, false, 2};
+    EXPECT_EQ(JsonWriter(format).WriteString(Sample()),
+              "{\n  \"a\":1,\n  \"b\":[\n    true,\n    null\n  ],\n  \"c\":{\n\n  }\n}");
+    // Indentation needs line ends: without them the width is ignored.
+    JsonFormat flat{false, false, true, 4};
+    EXPECT_EQ(JsonWriter(flat).WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
+}
+
+TEST(JsonWriter, SetFormatSwitchesLayout) {
+    JsonWriter writer;
+    writer.SetFormat(StandardFormat);
+    EXPECT_EQ(writer.WriteString(JsonValue::Array()), "[\n\n]");
+    writer.SetFormat(NoFormat);
+    EXPECT_EQ(writer.WriteString(JsonValue::Array()), "[]");
+}
+
+TEST(JsonWriter, StringsEscapedNamesVerbatim) {
+    JsonValue root = JsonValue::Object();
+    root.Add("na\"me/", JsonValue("a/b\\tc\x18"));
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(root), "{\"na\"me/\":\"a\\/b\\tc\\u0019\"}");
+}
+
+TEST(JsonWriter, ScalarsAndNullHandlesAtTopLevel) {
+    JsonWriter writer(StandardFormat);
+    EXPECT_EQ(writer.WriteString(JsonValue(1234567.0f)), "1.23457e+06");
+    EXPECT_EQ(writer.WriteString(JsonValue("x")), "\"x\"");
+    EXPECT_EQ(writer.WriteString(JsonValue(kJsonNull, "ignored")), "null");
+    EXPECT_EQ(writer.WriteString(JsonValue()), "");
+    // A null handle inside a container leaves only its place.
+    JsonValue root = JsonValue::Object();
+    root.Add("gap", JsonValue());
+    root.Add("next", JsonValue(int32_t{1}));
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(root), "{\"gap\":,\"next\":1}");
+}
+
+TEST(JsonWriter, StreamAndStringAgree) {
+    std::ostringstream out;
+    JsonWriter(StandardFormat).WriteStream(Sample(), out);
+    EXPECT_EQ(out.str(), JsonWriter(StandardFormat).WriteString(Sample()));
+}
+
+std::string ReadAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+TEST(JsonWriter, WriteFileTruncatesAndIgnoresUnopenablePaths) {
+    std::string path = testing::TempDir() + "json_writer_" + std::to_string(getpid()) + ".json";
+    JsonWriter writer(NoFormat);
+    JsonValue big = JsonValue::Array();
+    for (int i = 0; i < 1000; ++i) big.Add(JsonValue(int32_t{i}));
+    ASSERT_TRUE(writer.WriteFile(big, path));
+    ASSERT_TRUE(writer.WriteFile(Sample(), path));
+    EXPECT_EQ(ReadAll(path), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
+    EXPECT_TRUE(writer.WriteFile(JsonValue(), path));
+    EXPECT_EQ(ReadAll(path), "");
+    std::remove(path.c_str());
+
+    std::string missingDir = testing::TempDir() + "no_such_dir_" + std::to_string(getpid());
+    EXPECT_FALSE(writer.WriteFile(Sample(), missingDir + "/x.json"));
+    EXPECT_FALSE(std::ifstream(missingDir + "/x.json").good());
+}
+
+TEST(JsonWriter, ZeroByteFromEscapeReachesTheFile) {
+    std::string path = testing::TempDir() + "json_zero_" + std::to_string(getpid()) + ".json";
+    JsonValue array = JsonValue::Array();
+    array.Add(JsonValue("\x1f"));
+    ASSERT_TRUE(JsonWriter(NoFormat).WriteFile(array, path));
+    EXPECT_EQ(ReadAll(path), std::string("[\"\\u001\0\"]", 10));
+    std::remove(path.c_str());
+}
+
+TEST(JsonWriter, DeeplyNestedDocumentWritesWithoutRecursion) {
+    const int depth = 200000;
+    JsonValue level = JsonValue::Array();
+    for (int i = 1; i < depth; ++i) {
+        JsonValue up = JsonValue::Array();
+        up.Add(std::move(level));
+        level = std::move(up);
+    }
+    std::string text = JsonWriter(NoFormat).WriteString(level);
+    EXPECT_EQ(text, std::string(depth, '[') + std::string(depth, ']'));
+}
+
+}  // namespace
