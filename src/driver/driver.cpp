@@ -1,3 +1,142 @@
 #include "driver/driver.h"
 
-int RunVurl(const std::vector<std::string>& /*args*/) { return 1; }
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+#include "driver/export_plan.h"
+#include "driver/format_registry.h"
+#include "driver/help.h"
+#include "driver/manifest.h"
+#include "driver/options.h"
+#include "meshpost/meshpost.h"
+#include "scene/console.h"
+#include "scene/options.h"
+
+namespace {
+
+int Fail(const char* message) {
+    std::cerr << message << "\n\n";
+    std::cerr.flush();
+    PrintHelp();
+    return 1;
+}
+
+bool InputReadable(const std::string& fileName) {
+    std::ifstream stream(fileName, std::ios::in | std::ios::binary);
+    return stream.good();
+}
+
+}  // namespace
+
+int RunVurl(const Args& args) {
+    if (HasOption(args, "--help", "-h")) {
+        std::printf("Pennoki VURL Version %s\n\n", kVurlVersion);
+        std::printf("Example usage:\n  vurl -i robot.fbx -m robot.json -a robot_walk.json\n\n");
+        PrintHelp();
+        return 0;
+    }
+    if (HasOption(args, "--version", "-v")) {
+        std::printf("Fernbright Variable Uniform Rendering Loader (VURL) Version %s\n\n", kVurlVersion);
+        return 0;
+    }
+
+    ConversionOptions options;
+    OutputNames names;
+    std::string inputFile;
+    bool unwrapUv = false;
+    float unwrapUvTexelsPerMeter = 16.0f;
+    bool prettyPrint = false;
+    std::string meshCompress = "none";
+    std::string animationNaming = "combine";
+
+    if (!HasOption(args, "--input", "-i")) return Fail("ERROR: No input file specified.");
+    GetStringOption(inputFile, args, "--input", "-i");
+    if (!InputReadable(inputFile)) {
+        std::string message = "ERROR: Input file '" + inputFile + "' does not exist.";
+        return Fail(message.c_str());
+    }
+
+    if (HasOption(args, "--output", "-o")) {
+        GetStringOption(names.modelFile, args, "--output", "-o");
+        names.animationFile = names.modelFile;
+    }
+    GetStringOption(names.modelFile, args, "--model", "-m");
+    GetStringOption(names.animationFile, args, "--animation", "-a");
+    GetStringOption(names.materialsFile, args, "--materials", "-r");
+    GetStringOption(names.metadataFile, args, "--metadata", "-d");
+    GetStringOption(names.sceneMetadataFile, args, "--scene-metadata", "-g");
+    GetStringOption(names.manifestFile, args, "--manifest", "-n");
+    if (names.modelFile.empty() && names.animationFile.empty() && names.materialsFile.empty() &&
+        names.metadataFile.empty() && names.sceneMetadataFile.empty())
+        return Fail(
+            "ERROR: No output filenames specified. Specify -m (to output a model), -a (to output an animation) or "
+            "both.");
+
+    if (HasOption(args, "--curve-tolerance", "-t")) {
+        float tolerance = 0.0f;
+        GetFloatOption(tolerance, args, "--curve-tolerance", "-t");
+        options.positionTolerance = options.rotationTolerance = options.scaleTolerance = tolerance;
+    }
+    GetStringOption(animationNaming, args, "--animation-naming", "-f");
+    GetBoolOption(prettyPrint, args, "--pretty-print", "-p");
+    GetFloatOption(options.animationStart, args, "--animation-start", "-s");
+    GetFloatOption(options.animationEnd, args, "--animation-end", "-e");
+    GetBoolOption(options.cubicCurves, args, "--cubic-curves", "-b");
+    GetFloatOption(options.positionTolerance, args, "--position-tolerance", "-x");
+    GetFloatOption(options.rotationTolerance, args, "--rotation-tolerance", "-y");
+    GetFloatOption(options.scaleTolerance, args, "--scale-tolerance", "-z");
+    GetFloatOption(options.keyframeInterval, args, "--keyframe-interval", "-k");
+    GetBoolOption(options.convertCameras, args, "--convert-cameras", "-c");
+    GetBoolOption(options.convertLights, args, "--convert-lights", "-l");
+    GetBoolOption(unwrapUv, args, "--unwrap-uv", "-u");
+    GetFloatOption(unwrapUvTexelsPerMeter, args, "--unwrap-uv-texels-per-meter", "-q");
+
+    if (animationNaming.empty()) animationNaming = "combine";
+    else if (animationNaming != "combine" && animationNaming != "numbered" && animationNaming != "take")
+        return Fail("ERROR: animation-naming must be one of: combine, numbered, take.");
+
+    GetStringOption(meshCompress, args, "--mesh-compress", "-C");
+    if (meshCompress.empty()) meshCompress = "none";
+    else if (meshCompress != "none" && meshCompress != "draco")
+        return Fail("ERROR: mesh-compress must be one of: none, draco.");
+
+    DracoOptions& draco = options.draco;
+    GetIntOption(draco.encodeSpeed, args, "--draco-encode-speed", "");
+    GetIntOption(draco.decodeSpeed, args, "--draco-decode-speed", "");
+    GetIntOption(draco.positionBits, args, "--draco-position-bits", "");
+    GetIntOption(draco.normalBits, args, "--draco-normal-bits", "");
+    GetIntOption(draco.colorBits, args, "--draco-color-bits", "");
+    GetIntOption(draco.texcoordBits, args, "--draco-texcoord-bits", "");
+    GetIntOption(draco.genericBits, args, "--draco-generic-bits", "");
+
+    const FormatRegistry registry = BuildFormatRegistry();
+
+    ConsolePrint("Loading scene...\n");
+    std::fflush(stdout);  // progress stays ahead of any message a loader prints to standard error
+    std::unique_ptr<Scene> scene(LoadScene(registry, inputFile, options));
+    if (!scene) {
+        ConsolePrint("Failed to load scene.\n");
+        return 1;
+    }
+
+    ConsolePrint("Processing scene...\n");
+    if (unwrapUv) {
+        ConsolePrint("Unwrapping UVs...\n");
+        UnwrapScene(*scene, unwrapUvTexelsPerMeter);
+    }
+    if (meshCompress == "draco") {
+        ConsolePrint("Compressing to draco...\n");
+        CompressScene(*scene, options.draco);
+    }
+
+    ConsolePrint("Exporting...\n");
+    std::vector<WrittenFile> writtenFiles = WriteOutputs(registry, *scene, names, animationNaming, prettyPrint);
+    if (!names.manifestFile.empty()) {
+        ConsolePrint("Writing %s...\n", names.manifestFile.c_str());
+        WriteManifest(writtenFiles, names.manifestFile);
+    }
+    ConsolePrint("Export Complete!\n");
+    return 0;
+}

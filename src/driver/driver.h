@@ -4,4 +4,5 @@
 #include <vector>
 
 // Runs the whole tool on argv[1] onward; returns the exit code.
-int RunVurl(const std::vector<std::string>& args);
+using Args = std::vector<std::string>;
+int RunVurl(const Args& args);

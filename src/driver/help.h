@@ -1,0 +1,4 @@
+#pragma once
+
+// The option summary, to standard output.
+void PrintHelp();

@@ -1,0 +1,58 @@
+#include "run_tool.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#ifndef VURL_EXECUTABLE
+#error "VURL_EXECUTABLE must name the built tool"
+#endif
+
+std::string ReadFileText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::string MakeScratchDir(const std::string& label) {
+    std::string templ = (std::filesystem::temp_directory_path() / ("vurl-" + label + "-XXXXXX")).string();
+    char* made = mkdtemp(templ.data());
+    return made ? std::string(made) : std::string();
+}
+
+ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd) {
+    ToolRun run;
+    std::string outPath = cwd + "/.stdout", errPath = cwd + "/.stderr";
+    pid_t pid = fork();
+    if (pid == 0) {
+        if (chdir(cwd.c_str()) != 0) _exit(127);
+        int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (out < 0 || err < 0) _exit(127);
+        dup2(out, 1);
+        dup2(err, 2);
+        std::vector<char*> argv;
+        std::string exe = VURL_EXECUTABLE;
+        argv.push_back(exe.data());
+        std::vector<std::string> copy = args;
+        for (auto& a : copy) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        execv(exe.c_str(), argv.data());
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    if (WIFEXITED(status)) run.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) run.signal = WTERMSIG(status);
+    run.out = ReadFileText(outPath);
+    run.err = ReadFileText(errPath);
+    std::filesystem::remove(outPath);
+    std::filesystem::remove(errPath);
+    return run;
+}
