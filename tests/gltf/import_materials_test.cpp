@@ -1,0 +1,204 @@
+// Material and texture mapping: gamma, alpha modes, unlit, PBR rows and extensions.
+#include "read_test_util.h"
+
+using namespace gltftest;
+using namespace glbfixture;
+
+namespace {
+
+// Imports one triangle per material so that every listed material is made.
+std::unique_ptr<Scene> ImportMaterials(const ScratchDir& dir, const std::string& materials,
+                                       const std::string& more = "") {
+    GlbFixture glb;
+    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    rapidjson::Document parsed;
+    parsed.Parse(materials.c_str());
+    std::string primitives;
+    for (rapidjson::SizeType i = 0; i < parsed.Size(); ++i)
+        primitives += (i ? "," : "") + std::string(R"({"attributes":{"POSITION":)") + std::to_string(pos) +
+                      R"(},"material":)" + std::to_string(i) + "}";
+    return Import(dir, glb.Build(R"("materials":)" + materials + R"(,"meshes":[{"primitives":[)" + primitives +
+                                 R"(]}],"nodes":[{"mesh":0}])" + more));
+}
+
+const Material* MaterialOf(const Scene& scene, uint64_t id) { return scene.materials.Find(id); }
+
+}  // namespace
+
+TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{"name":"plain"},
+        {"pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.25],"metallicFactor":0.2,"roughnessFactor":0.7},
+         "emissiveFactor":[1,0.5,0],"doubleSided":true},
+        {"pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5]},"emissiveFactor":[1,1]}])");
+    ASSERT_TRUE(scene);
+    const Material* plain = MaterialOf(*scene, 0);
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->name, "plain");
+    EXPECT_EQ(plain->diffuse, Vec3(1, 1, 1));
+    EXPECT_EQ(plain->metalness, 1.0f);
+    EXPECT_EQ(plain->shininess, 0.0f);
+    EXPECT_EQ(plain->opacity, 1.0f);
+    EXPECT_EQ(plain->cull, 1);
+    EXPECT_EQ(plain->shadingModel, 1);
+    EXPECT_TRUE(plain->useMetalness);
+    EXPECT_TRUE(plain->glossInvert);
+    EXPECT_EQ(plain->specular, Vec3(1, 1, 1));
+    EXPECT_FALSE(plain->diffuseTint);
+
+    const Material* tinted = MaterialOf(*scene, 1);
+    EXPECT_TRUE(tinted->diffuseTint);
+    EXPECT_NEAR(tinted->diffuse.x, 0.7297f, 1e-4f);
+    EXPECT_EQ(tinted->opacity, 0.25f);
+    EXPECT_EQ(tinted->metalness, 0.2f);
+    EXPECT_EQ(tinted->shininess, 0.7f);  // roughness, read through glossInvert
+    EXPECT_TRUE(tinted->emissiveTint);
+    EXPECT_NEAR(tinted->emissive.y, 0.7297f, 1e-4f);
+    EXPECT_EQ(tinted->emissive.z, 0.0f);
+    EXPECT_TRUE(tinted->twoSidedLighting);
+    EXPECT_EQ(tinted->cull, 0);
+
+    const Material* odd = MaterialOf(*scene, 2);
+    EXPECT_FALSE(odd->diffuseTint);
+    EXPECT_EQ(odd->diffuse, Vec3(1, 1, 1));
+    EXPECT_FALSE(odd->emissiveTint);
+}
+
+TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{"alphaMode":"MASK","alphaCutoff":0.3},{"alphaMode":"BLEND"},
+        {"extensions":{"KHR_materials_ior":{"ior":1.5},"KHR_materials_transmission":{"transmissionFactor":0.4}}},
+        {"extensions":{"KHR_materials_volume":{"thicknessFactor":2,"attenuationColor":[0.5,1,1],"attenuationDistance":3},
+                       "KHR_materials_emissive_strength":{"emissiveStrength":5}}}])");
+    ASSERT_TRUE(scene);
+    EXPECT_EQ(MaterialOf(*scene, 0)->blendType, 0);
+    EXPECT_EQ(MaterialOf(*scene, 0)->alphaTest, 0.3f);
+    EXPECT_EQ(MaterialOf(*scene, 1)->blendType, 1);
+    EXPECT_EQ(MaterialOf(*scene, 1)->alphaTest, 0.003921569f);
+    const Material* glass = MaterialOf(*scene, 2);
+    EXPECT_EQ(glass->refractionIndex, 0.6666667f);
+    EXPECT_EQ(glass->blendType, 1);  // transmission blends even when opaque
+    EXPECT_TRUE(glass->useDynamicRefraction);
+    EXPECT_EQ(glass->refraction, 0.4f);
+    EXPECT_EQ(glass->refractionMap.channel, "r");  // set although there is no texture
+    EXPECT_EQ(glass->refractionMap.texture, nullptr);
+    const Material* volume = MaterialOf(*scene, 3);
+    EXPECT_EQ(volume->thickness, 2.0f);
+    EXPECT_NEAR(volume->attenuation.x, 0.7297f, 1e-4f);
+    EXPECT_EQ(volume->attenuationDistance, 3.0f);
+    EXPECT_EQ(volume->thicknessMap.channel, "g");
+    EXPECT_EQ(volume->emissiveIntensity, 5.0f);
+}
+
+TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{"extensions":{"KHR_materials_unlit":{}},
+            "pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.5],"baseColorTexture":{"index":0,"texCoord":1}},
+            "emissiveFactor":[1,1,1]},
+        {"extensions":{"KHR_materials_unlit":{},"KHR_materials_ior":{"ior":2}}}])",
+        R"(,"textures":[{"source":0}],"images":[{"uri":"c.png","mimeType":"image/png"}])");
+    ASSERT_TRUE(scene);
+    const Material* unlit = MaterialOf(*scene, 0);
+    EXPECT_FALSE(unlit->useLighting);
+    EXPECT_EQ(unlit->diffuse, Vec3(0, 0, 0));
+    EXPECT_TRUE(unlit->emissiveTint);
+    EXPECT_NEAR(unlit->emissive.x, 0.7297f, 1e-4f);
+    EXPECT_EQ(unlit->opacity, 0.5f);
+    ASSERT_TRUE(unlit->emissiveMap.texture);
+    EXPECT_EQ(unlit->emissiveMap.texture->uri, "0.png");  // a "uri" plays no part in the name
+    EXPECT_EQ(unlit->emissiveMap.uv, 1);
+    EXPECT_EQ(unlit->opacityMap.channel, "a");
+    EXPECT_EQ(unlit->shadingModel, 0);  // the lit mapping does not run
+    EXPECT_EQ(unlit->diffuseMap.texture, nullptr);
+    const Material* bare = MaterialOf(*scene, 1);
+    EXPECT_EQ(bare->emissive, Vec3(0, 0, 0));
+    EXPECT_EQ(bare->refractionIndex, 0.6666667f);  // extension rows are skipped too
+}
+
+TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{
+        "pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":0}},
+        "normalTexture":{"index":0,"scale":0.5},"occlusionTexture":{"index":0,"strength":0.1},
+        "extensions":{
+          "KHR_materials_clearcoat":{"clearcoatFactor":1,"clearcoatRoughnessFactor":0.3,
+              "clearcoatNormalTexture":{"index":0,"scale":2}},
+          "KHR_materials_specular":{"specularFactor":0.6,"specularColorFactor":[1,1]},
+          "KHR_materials_sheen":{"sheenColorFactor":[1,1,1],"sheenRoughnessFactor":0.2},
+          "KHR_materials_iridescence":{"iridescenceFactor":0.5,"iridescenceTexture":{"index":0,
+              "extensions":{"KHR_texture_transform":{"offset":[0.5,0.25],"rotation":1.5,"scale":[2,3,4],"texCoord":2}}}}}}])",
+        R"(,"textures":[{"source":0}],"images":[{"uri":"c.png","mimeType":"image/png"}])");
+    ASSERT_TRUE(scene);
+    const Material* m = MaterialOf(*scene, 0);
+    EXPECT_EQ(m->metalnessMap.channel, "b");
+    EXPECT_EQ(m->glossMap.channel, "g");
+    EXPECT_NE(m->glossMap.texture, nullptr);
+    EXPECT_EQ(m->bumpMapFactor, 0.5f);
+    EXPECT_EQ(m->aoMap.channel, "r");
+    EXPECT_EQ(m->clearCoat, 0.25f);
+    EXPECT_EQ(m->clearCoatGloss, 0.3f);
+    EXPECT_TRUE(m->clearCoatGlossInvert);
+    EXPECT_EQ(m->clearCoatBumpiness, 2.0f);
+    EXPECT_EQ(m->clearCoatMap.channel, "r");
+    EXPECT_EQ(m->clearCoatMap.texture, nullptr);
+    EXPECT_TRUE(m->useMetalnessSpecularColor);
+    EXPECT_EQ(m->specularityFactor, 0.6f);
+    EXPECT_FALSE(m->specularTint);
+    EXPECT_EQ(m->specular, Vec3(1, 1, 1));
+    EXPECT_EQ(m->specularMap.channel, "rgb");
+    EXPECT_TRUE(m->useSheen);
+    EXPECT_TRUE(m->sheenTint);
+    EXPECT_EQ(m->sheenGloss, 0.2f);
+    EXPECT_EQ(m->sheenGlossMap.channel, "a");
+    EXPECT_TRUE(m->useIridescence);
+    EXPECT_EQ(m->iridescenceRefractionIndex, 1.3f);
+    EXPECT_EQ(m->iridescenceThicknessMax, 400.0f);
+    const TextureSlot& slot = m->iridescenceMap;
+    EXPECT_EQ(slot.offset[0], 0.5f);
+    EXPECT_EQ(slot.offset[1], 0.25f);
+    EXPECT_EQ(slot.rotation, 1.5f);
+    EXPECT_EQ(slot.tiling[0], 1.0f);  // a scale of three numbers is skipped
+    EXPECT_EQ(slot.uv, 2);
+}
+
+TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}},
+            "emissiveTexture":{"index":1},"normalTexture":{"index":2}}])",
+        R"(,"textures":[{"name":"first","source":0,"sampler":0},{"name":"second","source":0},{"name":"loose"}],
+            "samplers":[{"magFilter":9728,"minFilter":9985,"wrapS":33071,"wrapT":33648}],
+            "images":[{"name":"pic","mimeType":"image/jpeg"}])");
+    ASSERT_TRUE(scene);
+    const Material* m = MaterialOf(*scene, 0);
+    ASSERT_TRUE(m->diffuseMap.texture);
+    EXPECT_EQ(m->diffuseMap.texture, m->emissiveMap.texture);  // one image, one Texture
+    const Texture* t = m->diffuseMap.texture;
+    EXPECT_EQ(t->name, "first");
+    EXPECT_EQ(t->uri, "pic.jpg");
+    EXPECT_EQ(t->id, 0u);
+    EXPECT_EQ(t->addressU, 2u);
+    EXPECT_EQ(t->addressV, 3u);
+    EXPECT_EQ(t->minFilter, 4u);  // the middle pair swaps
+    EXPECT_EQ(t->magFilter, 1u);
+    const Texture* loose = m->normalMap.texture;
+    ASSERT_TRUE(loose);
+    EXPECT_EQ(loose->uri, "unknown");
+    EXPECT_EQ(loose->name, "loose");
+    EXPECT_EQ(loose->addressU, 0u);
+    EXPECT_EQ(loose->minFilter, 5u);
+    EXPECT_EQ(scene->textures.Size(), 2u);
+}
+
+TEST(ImportTextures, MissingRecordsAreRefused) {
+    ScratchDir dir;
+    for (const char* more : {R"(,"textures":[{"source":3}],"images":[{"uri":"a"}])",
+                             R"(,"textures":[{"source":0,"sampler":2}],"images":[{"uri":"a"}])", ""}) {
+        GlbFixture glb;
+        const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("materials":[{"emissiveTexture":{"index":0}}],"meshes":[{"primitives":[{"attributes":{"POSITION":)" +
+                                             std::to_string(pos) + R"(},"material":0}]}],"nodes":[{"mesh":0}])" + more),
+                              context));
+        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << more;
+    }
+}

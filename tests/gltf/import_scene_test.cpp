@@ -1,0 +1,299 @@
+// Import of nodes, meshes, morph targets, skins, cameras, lights and animations.
+#include <cmath>
+
+#include "read_test_util.h"
+
+using namespace gltftest;
+using namespace glbfixture;
+
+namespace {
+
+std::unique_ptr<Scene> ImportMembers(const ScratchDir& dir, const GlbFixture& glb, const std::string& members) {
+    return Import(dir, glb.Build(members));
+}
+
+std::string N(int i) { return std::to_string(i); }
+
+}  // namespace
+
+TEST(ImportNodes, RootsNamesAndSceneRoot) {
+    ScratchDir dir;
+    GlbFixture glb;
+    auto none = ImportMembers(dir, glb, "");
+    ASSERT_TRUE(none);
+    EXPECT_EQ(none->root, nullptr);
+
+    auto single = ImportMembers(dir, glb, R"("nodes":[{"name":"top","children":[1]},{}])");
+    ASSERT_TRUE(single && single->root);
+    EXPECT_EQ(single->root->name, "top");
+    ASSERT_EQ(single->root->children.size(), 1u);
+    EXPECT_EQ(single->root->children[0]->name, "node_1");
+    EXPECT_EQ(single->root->children[0]->id, 1u);
+
+    // Every parentless node counts, whatever "scenes" says.
+    auto several = ImportMembers(dir, glb, R"("scenes":[{"nodes":[0]}],"nodes":[{"children":[2]},{"name":"b"},{}])");
+    ASSERT_TRUE(several && several->root);
+    EXPECT_EQ(several->root->name, "SceneRoot");
+    EXPECT_EQ(several->root->id, 0u);
+    ASSERT_EQ(several->root->children.size(), 2u);
+    EXPECT_EQ(several->root->children[0]->name, "node_0");
+    EXPECT_EQ(several->root->children[1]->name, "b");
+    EXPECT_EQ(several->root->children[0]->children[0]->name, "node_2");
+}
+
+TEST(ImportNodes, MatrixWinsOverTranslationRotationScale) {
+    ScratchDir dir;
+    auto scene = ImportMembers(dir, GlbFixture(), R"("nodes":[
+        {"name":"m","matrix":[2,0,0,0, 0,3,0,0, 0,0,4,0, 5,6,7,1],"translation":[9,9,9],"scale":[9,9,9]},
+        {"name":"t","translation":[1,2,3],"rotation":[0,0.7071068,0,0.7071068],"scale":[1,2]}])");
+    ASSERT_TRUE(scene);
+    GraphNode* m = FindNode(scene->root, "m");
+    GraphNode* t = FindNode(scene->root, "t");
+    ASSERT_TRUE(m && t);
+    EXPECT_EQ(m->position, Vec3(5, 6, 7));
+    EXPECT_NEAR(m->scale.x, 2.0f, 1e-6f);
+    EXPECT_NEAR(m->scale.y, 3.0f, 1e-6f);
+    EXPECT_NEAR(m->scale.z, 4.0f, 1e-6f);
+    EXPECT_EQ(t->position, Vec3(1, 2, 3));
+    EXPECT_NEAR(t->rotation.y, 90.0f, 1e-3f);
+    EXPECT_EQ(t->scale, Vec3(1, 1, 1));  // two numbers are not a scale
+}
+
+TEST(ImportNodes, BrokenHierarchiesAreRefused) {
+    ScratchDir dir;
+    for (const char* nodes : {R"("nodes":[{"children":[1]},{"children":[0]}])", R"("nodes":[{"children":[0]}])",
+                              R"("nodes":[{"children":[1]},{},{"children":[1]}])", R"("nodes":[{"children":[5]}])",
+                              R"("nodes":[{"mesh":2}])", R"("nodes":[{"camera":0}])"}) {
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(nodes), context));
+        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << nodes;
+    }
+}
+
+TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
+    const int uv1 = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC2");
+    const int joints = glb.AddData(std::vector<uint8_t>{1, 2, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0}, kUByte, "VEC4");
+    const int idx = glb.AddData(std::vector<uint16_t>{0, 1, 2, 0}, kUShort, "SCALAR");
+    auto scene = ImportMembers(dir, glb,
+        R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(,"TEXCOORD_1":)" + N(uv1) +
+        R"(,"JOINTS_0":)" + N(joints) + R"(,"TANGENT":)" + N(pos) + R"(},"indices":)" + N(idx) +
+        R"(,"mode":3},{"attributes":{}},{"attributes":{"POSITION":)" + N(pos) + R"(},"mode":6}]}],
+        "nodes":[{"mesh":0},{"mesh":0}])");
+    ASSERT_TRUE(scene && scene->root);
+    Geometry* g = scene->root->children[0]->geometry;
+    ASSERT_TRUE(g);
+    EXPECT_EQ(g, scene->root->children[1]->geometry);
+    EXPECT_EQ(g->name, "mesh_0");
+    EXPECT_EQ(scene->geometries.Size(), 1u);
+    ASSERT_EQ(g->meshInstances.size(), 3u);
+    const MeshInstance* a = g->meshInstances[0];
+    EXPECT_EQ(a->primitiveType, 2u);
+    ASSERT_TRUE(a->vertices && a->indices);
+    EXPECT_EQ(*a->indices, (std::vector<uint32_t>{0, 1, 2, 0}));
+    EXPECT_EQ(a->vertices->positions.size(), 9u);
+    EXPECT_TRUE(a->vertices->texCoords[0].empty());
+    EXPECT_EQ(a->vertices->texCoords[1].size(), 6u);
+    EXPECT_EQ(a->vertices->joints, (std::vector<uint16_t>{1, 2, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0}));
+    EXPECT_TRUE(a->vertices->normals.empty());
+    EXPECT_EQ(g->meshInstances[1]->vertices, nullptr);  // no attributes, no vertex data
+    EXPECT_EQ(g->meshInstances[2]->primitiveType, 4u);
+    EXPECT_EQ(g->meshInstances[2]->indices, nullptr);
+}
+
+TEST(ImportMeshes, IndicesPastTheVerticesAreRefused) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
+    const int idx = glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) +
+                                         R"(},"indices":)" + N(idx) + R"(}]}],"nodes":[{"mesh":0}])"),
+                          context));
+    EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+}
+
+TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    const int d1 = glb.AddData(std::vector<float>{0, 0, 0, 1e-7f, 0, 0, 0, -0.5f, 0}, kFloat, "VEC3");
+    const int n1 = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 0, 0, 0, 0}, kFloat, "VEC3");
+    const int shortNormals = glb.AddData(std::vector<float>{1, 1, 1}, kFloat, "VEC3");
+    auto scene = ImportMembers(dir, glb,
+        R"("meshes":[{"name":"m","extras":{"targetNames":["none","first","second"]},"primitives":[{"attributes":{"POSITION":)" +
+        N(pos) + R"(},"targets":[{"NORMAL":)" + N(n1) + R"(},{"POSITION":)" + N(d1) + R"(,"NORMAL":)" + N(n1) +
+        R"(},{"POSITION":)" + N(d1) + R"(,"NORMAL":)" + N(shortNormals) + R"(}]}]}],"nodes":[{"mesh":0}])");
+    ASSERT_TRUE(scene && scene->root);
+    const Morph* morph = scene->root->geometry->meshInstances[0]->morph;
+    ASSERT_TRUE(morph);
+    ASSERT_EQ(morph->targets.size(), 2u);  // the first entry has no positions
+    const MorphTarget* first = morph->targets[0];
+    EXPECT_EQ(first->name, "first");
+    EXPECT_EQ(first->sourceVertexCount, 3u);
+    // 1e-7 is below FLT_EPSILON; the normal delta alone keeps vertex 0.
+    EXPECT_EQ(first->indices, (std::vector<uint32_t>{0, 2}));
+    EXPECT_EQ(first->deltaNormals, (std::vector<float>{0, 0, 1, 0, 0, 0}));
+    EXPECT_EQ(first->boundingBox.max, Vec3(0, 0, 0));
+    EXPECT_EQ(first->boundingBox.min, Vec3(0, -0.5f, 0));
+    const MorphTarget* second = morph->targets[1];
+    EXPECT_EQ(second->name, "second");
+    EXPECT_EQ(second->indices, (std::vector<uint32_t>{2}));
+    EXPECT_EQ(second->deltaNormals, (std::vector<float>{0, 0, 0}));  // normals of another count are skipped
+}
+
+TEST(ImportObjects, SkinsCamerasAndLights) {
+    ScratchDir dir;
+    GlbFixture glb;
+    std::vector<float> ibm(32, 0.0f);
+    for (int i = 0; i < 32; ++i) ibm[size_t(i)] = float(i);
+    const int ibmAccessor = glb.AddData(ibm, kFloat, "MAT4");
+    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    auto scene = ImportMembers(dir, glb,
+        R"("skins":[{"inverseBindMatrices":)" + N(ibmAccessor) + R"(,"joints":[2,1]},{"joints":[1]}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
+        "cameras":[{"name":"p","type":"perspective","perspective":{"yfov":0.5,"znear":0.5,"zfar":50,"aspectRatio":2}},
+                   {"type":"orthographic","orthographic":{"ymag":3,"xmag":9,"znear":1,"zfar":2}},
+                   {"type":"orthographic"}],
+        "extensions":{"KHR_lights_punctual":{"lights":[{"name":"sun","type":"spot","intensity":40,"color":[1,0,0],
+            "spot":{"innerConeAngle":0.1,"outerConeAngle":0.2}},{"intensity":-2,"range":5}]}},
+        "nodes":[{"children":[1,2],"mesh":0,"skin":0,"camera":0},{"camera":1,"extensions":{"KHR_lights_punctual":{"light":0}}},
+                 {"camera":2,"extensions":{"KHR_lights_punctual":{"light":7}}}])");
+    ASSERT_TRUE(scene && scene->root);
+    const Skin* skin = scene->root->geometry->meshInstances[0]->skin;
+    ASSERT_TRUE(skin);
+    ASSERT_EQ(skin->inverseBindMatrices.size(), 2u);
+    EXPECT_EQ(skin->inverseBindMatrices[1][0], 16.0f);
+    EXPECT_EQ(skin->inverseBindMatrices[1][15], 31.0f);
+    EXPECT_EQ(skin->joints, (std::vector<int64_t>{2, 1}));
+
+    const Camera* p = scene->root->camera;
+    ASSERT_TRUE(p);
+    EXPECT_EQ(p->name, "p");
+    EXPECT_EQ(p->projection, 0);
+    EXPECT_FLOAT_EQ(p->fov, 28.64789f);
+    EXPECT_EQ(p->nearClip, 0.5f);
+    const Camera* o = scene->root->children[0]->camera;
+    EXPECT_EQ(o->projection, 1);
+    EXPECT_EQ(o->orthoHeight, 1.5f);
+    EXPECT_EQ(o->farClip, 2.0f);
+    const Camera* bare = scene->root->children[1]->camera;
+    EXPECT_EQ(bare->projection, 0);  // the orthographic sub-object is missing: defaults stay
+    EXPECT_EQ(bare->nearClip, 0.1f);
+    EXPECT_EQ(bare->farClip, 1000.0f);
+    EXPECT_EQ(bare->fov, 45.0f);
+
+    const Light* spot = scene->root->children[0]->light;
+    ASSERT_TRUE(spot);
+    EXPECT_EQ(spot->type, 2);
+    EXPECT_EQ(spot->intensity, 1.0f);
+    EXPECT_EQ(spot->name, "");
+    EXPECT_EQ(spot->falloffMode, 1);
+    EXPECT_EQ(spot->range, -1.0f);
+    EXPECT_EQ(spot->color, Vec3(1, 0, 0));
+    EXPECT_EQ(spot->outerConeAngle, 0.2f);
+    EXPECT_EQ(scene->root->children[1]->light, nullptr);  // index past the list
+    ASSERT_EQ(scene->ownedLights.size(), 2u);
+    EXPECT_EQ(scene->ownedLights[1]->intensity, 0.0f);
+    EXPECT_EQ(scene->ownedLights[1]->range, 5.0f);
+}
+
+TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
+    const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
+    std::vector<float> cubic(24);
+    for (int i = 0; i < 24; ++i) cubic[size_t(i)] = float(i);
+    const int rot = glb.AddData(cubic, kFloat, "VEC4");
+    const int weights = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "SCALAR");
+    auto scene = ImportMembers(dir, glb,
+        R"("nodes":[{},{},{}],"animations":[{"name":"take","samplers":[
+            {"input":)" + N(t2) + R"(,"output":)" + N(trans) + R"(,"interpolation":"STEP"},
+            {"input":)" + N(t2) + R"(,"output":)" + N(rot) + R"(,"interpolation":"CUBICSPLINE"},
+            {"input":)" + N(t2) + R"(,"output":)" + N(weights) + R"(},
+            {"input":-1,"output":)" + N(trans) + R"(}],
+          "channels":[{"sampler":0,"target":{"node":2,"path":"translation"}},
+            {"sampler":1,"target":{"node":2,"path":"rotation"}},
+            {"sampler":2,"target":{"node":0,"path":"weights"}},
+            {"sampler":0,"target":{"node":1,"path":"pointer"}},
+            {"sampler":0,"target":{"node":-1,"path":"translation"}},
+            {"sampler":3,"target":{"node":1,"path":"scale"}}]},
+          {"name":"take"}])");
+    ASSERT_TRUE(scene);
+    ASSERT_EQ(scene->GetAnimationCount(), 1);
+    const Animation* a = scene->GetAnimation(0);
+    EXPECT_EQ(a->duration, 0.0f);
+    ASSERT_EQ(a->tracks.size(), 2u);  // node 1 got no data and is removed
+    const AnimationTrack& w = a->tracks[0];
+    EXPECT_EQ(w.nodeId, 0u);
+    EXPECT_EQ(w.weights.interpolation, 1);
+    ASSERT_EQ(w.weights.values.size(), 2u);  // three weights per key
+    EXPECT_EQ(w.weights.values[1], (std::vector<float>{4, 5, 6}));
+    const AnimationTrack& n2 = a->tracks[1];
+    EXPECT_EQ(n2.nodeId, 2u);
+    EXPECT_EQ(n2.position.interpolation, 0);
+    ASSERT_EQ(n2.position.values.size(), 2u);
+    EXPECT_EQ(n2.position.values[1], Vec3(4, 5, 6));
+    EXPECT_EQ(n2.rotationQuat.interpolation, 2);
+    ASSERT_EQ(n2.rotationQuat.values.size(), 2u);
+    EXPECT_EQ(n2.rotationQuat.inTangents[1], Quat(12, 13, 14, 15));
+    EXPECT_EQ(n2.rotationQuat.values[1], Quat(16, 17, 18, 19));
+    EXPECT_EQ(n2.rotationQuat.outTangents[1], Quat(20, 21, 22, 23));
+    EXPECT_TRUE(n2.rotation.times.empty());
+}
+
+TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
+    std::vector<float> out(12);  // 2 keys x 3 runs x 2 weights
+    for (int i = 0; i < 12; ++i) out[size_t(i)] = float(i);
+    const int weights = glb.AddData(out, kFloat, "SCALAR");
+    auto scene = ImportMembers(dir, glb,
+        R"("nodes":[{}],"animations":[{"samplers":[{"input":)" + N(t2) + R"(,"output":)" + N(weights) +
+        R"(,"interpolation":"CUBICSPLINE"}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])");
+    ASSERT_TRUE(scene);
+    const WeightsChannel& w = scene->GetAnimation(0)->tracks[0].weights;
+    ASSERT_EQ(w.values.size(), 2u);
+    EXPECT_EQ(w.inTangents[0], (std::vector<float>{0, 1}));
+    EXPECT_EQ(w.values[0], (std::vector<float>{2, 3}));
+    EXPECT_EQ(w.outTangents[1], (std::vector<float>{10, 11}));
+}
+
+TEST(ImportAnimations, MismatchedKeysAndMissingSamplersAreRefused) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int t3 = glb.AddData(std::vector<float>{0, 1, 2}, kFloat, "SCALAR");
+    const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
+    const int none = glb.AddAccessor(-1, 0, kFloat, 0, "SCALAR");
+    const std::string nodes = R"("nodes":[{}],)";
+    for (const std::string& animation : std::vector<std::string>{
+             R"("animations":[{"samplers":[{"input":)" + N(t3) + R"(,"output":)" + N(trans) +
+              R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}])",
+          R"("animations":[{"samplers":[],"channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])",
+          R"("animations":[{"samplers":[{"input":)" + N(none) + R"(,"output":)" + N(trans) +
+              R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])"}) {
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, glb.Build(nodes + animation), context));
+        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << animation;
+    }
+}
+
+TEST(LoadGltf, RefusalIsOneErrorLineAndNoScene) {
+    ScratchDir dir;
+    const std::string path = dir.File("bad.glb");
+    ASSERT_TRUE(WriteFile(path, GlbFixture().Build(R"("images":[{"bufferView":0}],"nodes":[{"mesh":0}])")));
+    ::testing::internal::CaptureStderr();
+    ::testing::internal::CaptureStdout();
+    Scene* scene = LoadGltf(path, ConversionOptions());
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    const std::string err = ::testing::internal::GetCapturedStderr();
+    EXPECT_EQ(scene, nullptr);
+    EXPECT_EQ(err.rfind("ERROR: '" + path + "': ", 0), 0u) << err;
+    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1);
+    EXPECT_EQ(out, "");
+    EXPECT_FALSE(std::filesystem::exists(path + ".fbm"));  // nothing written for a refused file
+}

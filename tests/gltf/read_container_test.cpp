@@ -1,0 +1,154 @@
+// Container reading: refusals with their exact texts, the bare JSON fallback, chunk walking.
+#include "read_test_util.h"
+
+using namespace gltftest;
+
+namespace {
+
+void PutWord(std::vector<uint8_t>& out, uint32_t v) {
+    for (int i = 0; i < 4; ++i) out.push_back(uint8_t(v >> (8 * i)));
+}
+
+// Header with an explicit version and length; chunks appended by the caller.
+std::vector<uint8_t> Header(uint32_t version, uint32_t length) {
+    std::vector<uint8_t> out = {'g', 'l', 'T', 'F'};
+    PutWord(out, version);
+    PutWord(out, length);
+    return out;
+}
+
+void FixLength(std::vector<uint8_t>& bytes) {
+    const uint32_t n = uint32_t(bytes.size());
+    for (int i = 0; i < 4; ++i) bytes[8 + i] = uint8_t(n >> (8 * i));
+}
+
+std::string Refusal(const ScratchDir& dir, const std::vector<uint8_t>& bytes, bool* result = nullptr) {
+    GltfContext context;
+    ::testing::internal::CaptureStderr();
+    const bool ok = ReadBytes(dir, bytes, context);
+    const std::string err = ::testing::internal::GetCapturedStderr();
+    if (result) *result = ok;
+    EXPECT_FALSE(ok);
+    return err;
+}
+
+}  // namespace
+
+TEST(ReadContainer, RefusesWithTheExactMessages) {
+    ScratchDir dir;
+    EXPECT_EQ(Refusal(dir, Header(1, 12)), "invalid glb version encountered (1)\n");
+
+    // One byte off the file size: the field's own value is printed.
+    std::vector<uint8_t> glb = glbfixture::MakeGlb("{}", {});
+    glb[8] = uint8_t(glb.size() + 1);
+    EXPECT_EQ(Refusal(dir, glb), "invalid glb length encountered (" + std::to_string(glb.size() + 1) + ")\n");
+
+    EXPECT_EQ(Refusal(dir, Header(2, 12)), "invalid glb chunks encountered\n");
+
+    std::vector<uint8_t> binFirst = Header(2, 0);
+    PutWord(binFirst, 4);
+    binFirst.insert(binFirst.end(), {'B', 'I', 'N', 0, 1, 2, 3, 4});
+    FixLength(binFirst);
+    EXPECT_EQ(Refusal(dir, binFirst), "invalid glb first chunk type encountered\n");
+
+    std::vector<uint8_t> twoJson = Header(2, 0);
+    for (int i = 0; i < 2; ++i) {
+        PutWord(twoJson, 4);
+        twoJson.insert(twoJson.end(), {'J', 'S', 'O', 'N', '{', '}', ' ', ' '});
+    }
+    FixLength(twoJson);
+    EXPECT_EQ(Refusal(dir, twoJson), "invalid glb second chunk type encountered\n");
+}
+
+TEST(ReadContainer, MissingFileHasNoLineEnd) {
+    ScratchDir dir;
+    GltfContext context;
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(ReadGlbContainer(dir.File("none.glb"), context));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "error: unable to open file '" + dir.File("none.glb") + "' for reading");
+}
+
+TEST(ReadContainer, FilesWithoutMagicAreBareJson) {
+    ScratchDir dir;
+    GltfContext tiny;
+    ASSERT_TRUE(ReadBytes(dir, Text("{}"), tiny, "tiny.gltf"));  // shorter than the magic
+    EXPECT_TRUE(tiny.binaryChunk.empty());
+    EXPECT_TRUE(tiny.document.nodes.empty());
+
+    GltfContext plain;
+    ASSERT_TRUE(ReadBytes(dir, Text(R"({"nodes":[{"name":"a"},{"name":"b"}]})"), plain, "plain.gltf"));
+    ASSERT_EQ(plain.document.nodes.size(), 2u);
+    EXPECT_EQ(plain.document.nodes[1].name, "b");
+
+    // Broken JSON is not a refusal: the document simply stays empty.
+    GltfContext broken;
+    ASSERT_TRUE(ReadBytes(dir, Text(R"({"nodes":[{"name":"a"})"), broken, "broken.gltf"));
+    EXPECT_TRUE(broken.document.nodes.empty());
+}
+
+TEST(ReadContainer, JsonOnlyGlbHasEmptyBinaryChunk) {
+    ScratchDir dir;
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glbfixture::MakeGlb(R"({"nodes":[{}]})", {}, false), context));
+    EXPECT_TRUE(context.binaryChunk.empty());
+    EXPECT_EQ(context.document.nodes.size(), 1u);
+}
+
+TEST(ReadContainer, UnpaddedChunkLengthsAreSkippedRoundedUp) {
+    // JSON chunk of 13 bytes stored with 3 padding bytes, binary chunk of 5 bytes.
+    ScratchDir dir;
+    const std::string json = R"({"scene":7}  )";
+    ASSERT_EQ(json.size(), 13u);
+    std::vector<uint8_t> bytes = Header(2, 0);
+    PutWord(bytes, 13);
+    bytes.insert(bytes.end(), {'J', 'S', 'O', 'N'});
+    bytes.insert(bytes.end(), json.begin(), json.end());
+    bytes.insert(bytes.end(), {'x', 'x', 'x'});  // padding garbage is never parsed
+    PutWord(bytes, 5);
+    bytes.insert(bytes.end(), {'B', 'I', 'N', 0, 9, 8, 7, 6, 5, 0, 0, 0});
+    FixLength(bytes);
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, bytes, context));
+    EXPECT_EQ(context.document.scene, 7);
+    EXPECT_EQ(context.binaryChunk, (std::vector<uint8_t>{9, 8, 7, 6, 5}));
+}
+
+TEST(ReadContainer, JsonLongerThanTheWindowParsesWhole) {
+    // Names that straddle several 64 KiB windows.
+    ScratchDir dir;
+    const std::string longName(150000, 'n');
+    const std::string json = R"({"nodes":[{"name":")" + longName + R"("},{"name":"tail"}]})";
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glbfixture::MakeGlb(json, {1, 2, 3, 4}), context));
+    ASSERT_EQ(context.document.nodes.size(), 2u);
+    EXPECT_EQ(context.document.nodes[0].name, longName);
+    EXPECT_EQ(context.document.nodes[1].name, "tail");
+    EXPECT_EQ(context.binaryChunk.size(), 4u);
+}
+
+TEST(ReadContainer, BinaryChunkBeyondTheFileIsRefused) {
+    ScratchDir dir;
+    std::vector<uint8_t> bytes = glbfixture::MakeGlb("{}", {1, 2, 3, 4});
+    bytes[bytes.size() - 12] = 0xFF;  // binary chunk length low byte: 255 bytes claimed, 4 present
+    bool ok = true;
+    const std::string err = Refusal(dir, bytes, &ok);
+    EXPECT_EQ(err.rfind("ERROR: ", 0), 0u) << err;
+    EXPECT_NE(err.find("in.glb"), std::string::npos);
+}
+
+TEST(BoundedFileStream, StopsAtTheEndOfItsRange) {
+    ScratchDir dir;
+    const std::string path = dir.File("range.bin");
+    ASSERT_TRUE(glbfixture::WriteFile(path, Text("abcdef")));
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    ASSERT_NE(f, nullptr);
+    std::fseek(f, 1, SEEK_SET);
+    auto stream = std::make_unique<BoundedFileStream>(f, 3);
+    std::string got;
+    while (stream->Peek() != '\0') got.push_back(stream->Take());
+    EXPECT_EQ(got, "bcd");
+    EXPECT_EQ(stream->Tell(), 3u);
+    EXPECT_EQ(stream->Take(), '\0');
+    EXPECT_EQ(stream->Tell(), 3u);
+    std::fclose(f);
+}

@@ -1,0 +1,120 @@
+// Image file names and the saving of embedded images into "<input>.fbm".
+#include <fstream>
+
+#include "gltf/gltf_images.h"
+#include "read_test_util.h"
+
+using namespace gltftest;
+using namespace glbfixture;
+
+namespace {
+
+std::vector<std::string> Names(const std::string& images, GlbFixture glb = GlbFixture()) {
+    ScratchDir dir;
+    GltfContext context;
+    EXPECT_TRUE(ReadBytes(dir, glb.Build("\"images\":" + images), context));
+    return MakeImageFileNames(context);
+}
+
+const std::vector<uint8_t> kPngHead = {137, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0};
+const std::vector<uint8_t> kJpegHead = {255, 216, 255, 224};
+
+}  // namespace
+
+TEST(ImageNames, SanitisingKeepsTheLength) {
+    EXPECT_EQ(SanitizeFileName("a/b:c"), "a_b_c");
+    EXPECT_EQ(SanitizeFileName("x?<>\\*|\" y\t"), "x________y_");
+    EXPECT_EQ(SanitizeFileName("caf\xc3\xa9"), "caf\xc3\xa9");  // bytes from 128 on stay
+}
+
+TEST(ImageNames, DuplicatesCountUp) {
+    EXPECT_EQ(Names(R"([{"name":"skin","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
+                        {"name":"skin","mimeType":"image/png"},{"name":"Skin","mimeType":"image/png"}])"),
+              (std::vector<std::string>{"skin.png", "skin_1.png", "skin_2.png", "Skin.png"}));
+}
+
+TEST(ImageNames, ExtensionCutOnALowerCasedCopy) {
+    EXPECT_EQ(Names(R"([{"name":"Photo.JPEG","mimeType":"image/jpeg"},{"name":"a.jpg","mimeType":"image/png"},
+                        {"name":"b.PNG","mimeType":"image/png"},{"name":"c.webp","mimeType":"image/webp"},
+                        {"name":".jpeg","mimeType":"image/jpeg"},{"name":".png","mimeType":"image/png"},
+                        {"name":"d","mimeType":"image/avif"},{"name":"e","mimeType":"image/PNG"}])"),
+              (std::vector<std::string>{"Photo.jpg", "a.jpg.png", "b.png", "c.webp", ".jpeg.jpg", ".png.png",
+                                        "d.avif", "e.jpg"}));
+}
+
+TEST(ImageNames, SignatureViewNameAndIndexFallbacks) {
+    GlbFixture glb;
+    const size_t png = glb.Append(kPngHead);
+    glb.AddView(png, kPngHead.size(), 0, "from view");
+    const size_t jpeg = glb.Append(kJpegHead);
+    glb.AddView(jpeg, kJpegHead.size());
+    glb.AddView(png, 8);  // too short for the PNG test
+    const std::vector<uint8_t> badPng = {137, 'X', 'N', 'G', 13, 10, 26, 10, 0};
+    glb.AddView(glb.Append(badPng), badPng.size());
+    EXPECT_EQ(Names(R"([{"bufferView":0},{"bufferView":1},{"bufferView":2},{"name":"a/b:c"},{"bufferView":3}])", glb),
+              (std::vector<std::string>{"from_view.png", "1.jpg", "2.jpg", "a_b_c.jpg", "4.jpg"}));
+}
+
+TEST(ImageNames, MissingViewIsRefused) {
+    ScratchDir dir;
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"bufferView":3}])"), context));
+    EXPECT_THROW(MakeImageFileNames(context), GltfError);
+}
+
+TEST(ExtractImages, WritesEmbeddedImagesAndReportsEach) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const size_t at = glb.Append(kPngHead);
+    glb.AddView(at, kPngHead.size());
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("images":[{"name":"he said \"hi\"","bufferView":0},{"uri":"x.png"}])"),
+                          context));
+    ::testing::internal::CaptureStdout();
+    EXPECT_TRUE(ExtractEmbeddedImages(context));
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    const std::string file = dir.File("in.glb.fbm/he_said__hi_.png");
+    EXPECT_EQ(out, "writing 10 bytes to \"" + file + "\"...\n");
+    std::ifstream in(file, std::ios::binary);
+    std::vector<uint8_t> written((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(written, kPngHead);
+    EXPECT_FALSE(std::filesystem::exists(dir.File("in.glb.fbm/x.png")));
+}
+
+TEST(ExtractImages, FolderOnlyWhenThereAreImages) {
+    ScratchDir dir;
+    GltfContext withUri, without;
+    ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"uri":"x.png"}])"), withUri, "a.glb"));
+    ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(""), without, "b.glb"));
+    ExtractEmbeddedImages(withUri);
+    ExtractEmbeddedImages(without);
+    EXPECT_TRUE(std::filesystem::is_directory(dir.File("a.glb.fbm")));
+    EXPECT_FALSE(std::filesystem::exists(dir.File("b.glb.fbm")));
+}
+
+TEST(ExtractImages, UnwritableFileIsReportedAndSkipped) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const size_t at = glb.Append(kJpegHead);
+    glb.AddView(at, kJpegHead.size());
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("images":[{"name":"a","bufferView":0},{"name":"b","bufferView":0}])"),
+                          context));
+    std::filesystem::create_directories(dir.File("in.glb.fbm/a.jpg"));  // a folder where the file should go
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    ExtractEmbeddedImages(context);
+    const std::string err = ::testing::internal::GetCapturedStderr();
+    ::testing::internal::GetCapturedStdout();
+    EXPECT_EQ(err, "error: failed to open file='\"" + dir.File("in.glb.fbm/a.jpg") + "\"' for writing err=" +
+                       std::strerror(EISDIR) + "\n");
+    EXPECT_TRUE(std::filesystem::is_regular_file(dir.File("in.glb.fbm/b.jpg")));
+}
+
+TEST(ExtractImages, UnmakeableFolderIsRefused) {
+    ScratchDir dir;
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"uri":"x.png"}])"), context));
+    ASSERT_TRUE(WriteFile(dir.File("in.glb.fbm"), {1}));  // a file in the folder's place
+    EXPECT_THROW(ExtractEmbeddedImages(context), GltfError);
+}

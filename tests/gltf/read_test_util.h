@@ -1,0 +1,75 @@
+// Shared helpers of the glTF reading tests: a scratch folder and loading from bytes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "glb_fixture.h"
+#include "gltf/glb_container_read.h"
+#include "gltf/gltf_context.h"
+#include "gltf/gltf_document_read.h"
+#include "gltf/gltf_import.h"
+#include "gltf/gltf_loader.h"
+
+namespace gltftest {
+
+// A fresh folder per test, removed afterwards.
+class ScratchDir {
+public:
+    ScratchDir() {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        path_ = std::filesystem::temp_directory_path() /
+                ("vurl_gltf_read_" + std::string(info->test_suite_name()) + "_" + info->name());
+        std::filesystem::remove_all(path_);
+        std::filesystem::create_directories(path_);
+    }
+    ~ScratchDir() { std::filesystem::remove_all(path_); }
+    std::string File(const std::string& name) const { return (path_ / name).string(); }
+    const std::filesystem::path& Path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+// Writes the bytes, reads the container and the document into `context`.
+inline bool ReadBytes(const ScratchDir& dir, const std::vector<uint8_t>& bytes, GltfContext& context,
+                      const std::string& name = "in.glb") {
+    const std::string path = dir.File(name);
+    EXPECT_TRUE(glbfixture::WriteFile(path, bytes));
+    context.path = path;
+    if (!ReadGlbContainer(path, context)) return false;
+    ReadGltfDocument(context.document, context.json);
+    return true;
+}
+
+inline std::vector<uint8_t> Text(const std::string& s) { return std::vector<uint8_t>(s.begin(), s.end()); }
+
+// Parses a JSON text into a document.
+inline GltfDocument ParseDocument(const std::string& json) {
+    rapidjson::Document parsed;
+    parsed.Parse(json.c_str());
+    GltfDocument document;
+    ReadGltfDocument(document, parsed);
+    return document;
+}
+
+// Imports a GLB built by the fixture; the images are not saved.
+inline std::unique_ptr<Scene> Import(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
+    GltfContext context;
+    if (!ReadBytes(dir, bytes, context)) return nullptr;
+    return std::unique_ptr<Scene>(ImportGltfScene(context));
+}
+
+inline GraphNode* FindNode(GraphNode* node, const std::string& name) {
+    if (!node) return nullptr;
+    if (node->name == name) return node;
+    for (GraphNode* child : node->children)
+        if (GraphNode* found = FindNode(child, name)) return found;
+    return nullptr;
+}
+
+}  // namespace gltftest
