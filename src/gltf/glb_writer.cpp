@@ -1,0 +1,18 @@
+#include "gltf/glb_writer.h"
+
+#include "gltf/glb_animation_export.h"
+#include "gltf/glb_json_write.h"
+#include "gltf/glb_mesh_export.h"
+#include "gltf/glb_node_export.h"
+
+bool WriteGlb(const std::string& fileName, const Scene& scene, const ExportOptions& options) {
+    GlbBuilder builder;
+    std::vector<GlbNode> nodes = ExportNodes(scene.root);
+    std::vector<GlbMesh> meshes;
+    std::vector<GlbSkin> skins;
+    std::vector<GlbAnimation> animations;
+    if (options.exportModel) ExportMeshes(nodes, builder, meshes, skins);
+    if (!options.animations.empty()) ExportAnimations(options.animations, builder, animations, nodes, scene);
+    WriteGltfJson(fileName, options, builder, nodes, meshes, skins, animations);
+    return true;
+}

@@ -1,0 +1,218 @@
+// Animations in the written GLB: channel order, cubic layout, shared time accessors.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+
+#include "write_test_support.h"
+
+namespace {
+const char* const kAsset = R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
+
+Animation* AddTake(Scene& scene, const std::string& name) {
+    Animation* a = new Animation;
+    a->name = name;
+    scene.AddAnimation(a);
+    return a;
+}
+
+AnimationTrack& AddTrack(Animation& animation, uint64_t nodeId) {
+    animation.tracks.emplace_back();
+    animation.tracks.back().nodeId = nodeId;
+    return animation.tracks.back();
+}
+
+TEST(GlbAnimationExport, CubicTranslationIsInValueOutPerKeyBeforeItsTimes) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    VectorChannel& c = AddTrack(*AddTake(scene, "walk"), 0).position;
+    c.interpolation = 2;
+    c.times = {0, 1};
+    c.inTangents = {{1, 1, 1}, {2, 2, 2}};
+    c.values = {{3, 3, 3}, {4, 4, 4}};
+    c.outTangents = {{5, 5, 5}, {6, 6, 6}};
+
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"walk"}), "cubic");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb),
+              std::string(kAsset) +
+                  R"("nodes":[{"name":"root"}],"meshes":[],"animations":[{"name":"walk",)"
+                  R"("channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}],)"
+                  R"("samplers":[{"input":1,"interpolation":"CUBICSPLINE","output":0}]}],)"
+                  R"("buffers":[{"byteLength":80}],"bufferViews":[{"buffer":0,"byteLength":72,"byteOffset":0},)"
+                  R"({"buffer":0,"byteLength":8,"byteOffset":72}],)"
+                  R"("accessors":[{"type":"VEC3","componentType":5126,"count":6,"bufferView":0,"byteOffset":0},)"
+                  R"({"type":"SCALAR","componentType":5126,"min":[0],"max":[1],"count":2,"bufferView":1,)"
+                  R"("byteOffset":0}],"scenes":[{"nodes":[0]}]})");
+    std::vector<uint8_t> expected;
+    PutBytes<float>(expected, {1, 1, 1, 3, 3, 3, 5, 5, 5, 2, 2, 2, 4, 4, 4, 6, 6, 6, 0, 1});
+    EXPECT_EQ(glb.bin, expected);
+}
+
+TEST(GlbAnimationExport, EqualTimesShareOneAccessorAcrossAnimations) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    NewNode("c", 5, scene.root);
+    const float justAboveHalf = std::nextafter(0.5f, 1.0f);
+
+    // Not named in the options: adds nothing to the buffer.
+    AddTrack(*AddTake(scene, "C"), 0).position = VectorChannel{{}, 1, {0, 9}, {}, {{1, 1, 1}, {2, 2, 2}}, {}};
+
+    Animation* a = AddTake(scene, "A");
+    AnimationTrack& a0 = AddTrack(*a, 0);
+    a0.position.interpolation = 1;
+    a0.position.times = {0, 0.5f};
+    a0.position.values = {{1, 2, 3}, {4, 5, 6}};
+    AnimationTrack& a5 = AddTrack(*a, 5);
+    a5.rotationQuat.interpolation = 1;
+    a5.rotationQuat.times = {0, 0.5f};
+    a5.rotationQuat.values = {{0, 0, 0, 1}, {0, 1, 0, 0}};
+
+    Animation* b = AddTake(scene, "B");
+    AnimationTrack& b5 = AddTrack(*b, 5);
+    b5.scale.times = {0, 0.5f};
+    b5.scale.values = {{1, 1, 1}, {2, 2, 2}};
+    AnimationTrack& b0 = AddTrack(*b, 0);
+    b0.position.interpolation = 1;
+    b0.position.times = {0, justAboveHalf};  // differs in the last float: its own accessor
+    b0.position.values = {{0, 0, 0}, {1, 1, 1}};
+
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"A", "B"}), "shared_times");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb),
+              std::string(kAsset) +
+                  R"("nodes":[{"name":"root","children":[1]},{"name":"c"}],"meshes":[],"animations":[)"
+                  R"({"name":"A","channels":[{"sampler":0,"target":{"node":0,"path":"translation"}},)"
+                  R"({"sampler":1,"target":{"node":1,"path":"rotation"}}],)"
+                  R"("samplers":[{"input":1,"interpolation":"LINEAR","output":0},)"
+                  R"({"input":1,"interpolation":"LINEAR","output":2}]},)"
+                  R"({"name":"B","channels":[{"sampler":0,"target":{"node":1,"path":"scale"}},)"
+                  R"({"sampler":1,"target":{"node":0,"path":"translation"}}],)"
+                  R"("samplers":[{"input":1,"interpolation":"STEP","output":3},)"
+                  R"({"input":5,"interpolation":"LINEAR","output":4}]}],)"
+                  R"("buffers":[{"byteLength":120}],)"
+                  R"("bufferViews":[{"buffer":0,"byteLength":24,"byteOffset":0},)"
+                  R"({"buffer":0,"byteLength":8,"byteOffset":24},{"buffer":0,"byteLength":32,"byteOffset":32},)"
+                  R"({"buffer":0,"byteLength":24,"byteOffset":64},{"buffer":0,"byteLength":24,"byteOffset":88},)"
+                  R"({"buffer":0,"byteLength":8,"byteOffset":112}],)"
+                  R"("accessors":[{"type":"VEC3","componentType":5126,"count":2,"bufferView":0,"byteOffset":0},)"
+                  R"({"type":"SCALAR","componentType":5126,"min":[0],"max":[0.5],"count":2,"bufferView":1,)"
+                  R"("byteOffset":0},)"
+                  R"({"type":"VEC4","componentType":5126,"count":2,"bufferView":2,"byteOffset":0},)"
+                  R"({"type":"VEC3","componentType":5126,"count":2,"bufferView":3,"byteOffset":0},)"
+                  R"({"type":"VEC3","componentType":5126,"count":2,"bufferView":4,"byteOffset":0},)"
+                  R"({"type":"SCALAR","componentType":5126,"min":[0],"max":[0.5000000596],"count":2,)"
+                  R"("bufferView":5,"byteOffset":0}],"scenes":[{"nodes":[0]}]})");
+    std::vector<uint8_t> quats(glb.bin.begin() + 32, glb.bin.begin() + 64), expected;
+    PutBytes<float>(expected, {0, 0, 0, 1, 0, 1, 0, 0});  // x, y, z, w
+    EXPECT_EQ(quats, expected);
+}
+
+TEST(GlbAnimationExport, AnimationWithoutUsableTrackKeepsItsEntry) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Animation* a = AddTake(scene, "idle");
+    AddTrack(*a, 42).position = VectorChannel{{}, 1, {0}, {}, {{1, 1, 1}}, {}};  // unknown node
+    AddTrack(*a, 0);                                                           // all channels empty
+    VectorChannel& euler = AddTrack(*a, 0).rotation;                           // never exported
+    euler.times = {0};
+    euler.values = {{90, 0, 0}};
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"idle"}), "no_usable_track");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb), std::string(kAsset) +
+                                    R"("nodes":[{"name":"root"}],"meshes":[],)"
+                                    R"("animations":[{"name":"idle","channels":[],"samplers":[]}],)"
+                                    R"("buffers":[{"byteLength":0}],"bufferViews":[],"accessors":[],)"
+                                    R"("scenes":[{"nodes":[0]}]})");
+}
+
+// A node with a two-target morph and a track that drives all four exported channels.
+void MorphScene(Scene& scene, int32_t weightsInterpolation) {
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    VertexData* v = Triangle();
+    v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
+    MeshInstance* mi = NewInstance(*g, v, {0, 1, 2});
+    mi->morph = new Morph;
+    for (int i = 0; i < 2; ++i) {
+        MorphTarget* t = new MorphTarget(3);
+        t->deltaPositions[size_t(3 * i + 2)] = 1.0f;
+        Compact(*t, FLT_EPSILON);
+        mi->morph->targets.push_back(t);
+    }
+    scene.root->geometry = g;
+
+    AnimationTrack& t = AddTrack(*AddTake(scene, "talk"), 0);
+    t.weights.interpolation = weightsInterpolation;
+    t.weights.times = {0, 1, 2};
+    if (weightsInterpolation == 2) {
+        t.weights.times = {0, 1};
+        t.weights.inTangents = {{-3, 0}, {0, 0}};
+        t.weights.values = {{0, 1}, {1, 0}};
+        t.weights.outTangents = {{0, 0}, {0, 7}};
+    } else {
+        t.weights.values = {{0, 1}, {0.5f, 0.25f}, {1, -0.5f}};
+    }
+    t.scale = VectorChannel{{}, 1, {0, 2}, {}, {{1, 1, 1}, {2, 2, 2}}, {}};
+    t.rotation = VectorChannel{{}, 1, {0, 2}, {}, {{0, 0, 0}, {0, 90, 0}}, {}};
+    t.rotationQuat = QuatChannel{{}, 1, {0, 2}, {}, {{0, 0, 0, 1}, {0, 0.70710677f, 0, 0.70710677f}}, {}};
+    t.position = VectorChannel{{}, 0, {0, 1, 2}, {}, {{0, 0, 0}, {0, 1, 0}, {0, 2, 0}}, {}};
+}
+
+TEST(GlbAnimationExport, FourChannelsInFixedOrderWithWeightsBounds) {
+    Scene scene;
+    MorphScene(scene, 1);
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"talk"}, true), "weights");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    // Accessors 0..6 are the mesh; the track then adds value, time, value, time, ...
+    EXPECT_NE(glb.json.find(R"("channels":[{"sampler":0,"target":{"node":0,"path":"translation"}},)"
+                            R"({"sampler":1,"target":{"node":0,"path":"rotation"}},)"
+                            R"({"sampler":2,"target":{"node":0,"path":"scale"}},)"
+                            R"({"sampler":3,"target":{"node":0,"path":"weights"}}],)"
+                            R"("samplers":[{"input":8,"interpolation":"STEP","output":7},)"
+                            R"({"input":10,"interpolation":"LINEAR","output":9},)"
+                            R"({"input":10,"interpolation":"LINEAR","output":11},)"
+                            R"({"input":8,"interpolation":"LINEAR","output":12}])"),
+              std::string::npos)
+        << glb.json;
+    EXPECT_NE(glb.json.find(R"({"type":"SCALAR","componentType":5126,"min":[-0.5],"max":[1],"count":6,)"
+                            R"("bufferView":13,"byteOffset":0})"),
+              std::string::npos)
+        << glb.json;
+}
+
+TEST(GlbAnimationExport, CubicWeightsCountEveryFloatOfTheTangents) {
+    Scene scene;
+    MorphScene(scene, 2);
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"talk"}, true), "cubic_weights");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find(R"({"type":"SCALAR","componentType":5126,"min":[-3],"max":[7],"count":12,)"),
+              std::string::npos)
+        << glb.json;
+    EXPECT_NE(glb.json.find(R"({"input":13,"interpolation":"CUBICSPLINE","output":12})"), std::string::npos);
+}
+
+TEST(GlbAnimationExport, AnimationOnlyFileKeepsWeightsWithoutMeshes) {
+    Scene scene;
+    MorphScene(scene, 1);
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"talk"}), "weights_no_model");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find(R"("meshes":[],"animations")"), std::string::npos);
+    EXPECT_NE(glb.json.find(R"({"sampler":3,"target":{"node":0,"path":"weights"}})"), std::string::npos);
+    // Without the mesh the first accessor is the first translation value block.
+    EXPECT_NE(glb.json.find(R"("accessors":[{"type":"VEC3","componentType":5126,"count":3,"bufferView":0,)"),
+              std::string::npos);
+}
+
+TEST(GlbAnimationExport, OfTwoNodesWithOneIdTheLaterIsDriven) {
+    // A glTF input with several top nodes gets a "SceneRoot" of id 0 above node 0.
+    Scene scene;
+    scene.root = NewNode("SceneRoot", 0);
+    NewNode("node_0", 0, scene.root);
+    NewNode("node_1", 1, scene.root);
+    AddTrack(*AddTake(scene, "t"), 0).position = VectorChannel{{}, 1, {0}, {}, {{1, 1, 1}}, {}};
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"t"}), "duplicate_id");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find(R"("target":{"node":1,"path":"translation"})"), std::string::npos) << glb.json;
+}
+}  // namespace

@@ -1,0 +1,393 @@
+// Meshes, vertex layout, morph targets, Draco primitives and skins in the written GLB.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+#include "gltf/glb_builder.h"
+#include "gltf/glb_vertex_export.h"
+#include "write_test_support.h"
+
+namespace {
+const char* const kAsset = R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
+
+std::string Between(const std::string& text, const std::string& from, const std::string& to) {
+    size_t a = text.find(from);
+    if (a == std::string::npos) return "<" + from + " missing>";
+    size_t b = text.find(to, a + from.size());
+    return b == std::string::npos ? text.substr(a) : text.substr(a, b - a);
+}
+
+TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    VertexData* v = Triangle();
+    NewInstance(*g, v, {0, 1, 2});
+    MeshInstance* strip = NewInstance(*g, v, {2, 1, 0});
+    strip->primitiveType = 4;  // triangle strip: mode 5
+    scene.root->geometry = g;
+
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "shared_vertices");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb),
+              std::string(kAsset) +
+                  R"("nodes":[{"name":"root","mesh":0}],)"
+                  R"("meshes":[{"primitives":[{"mode":4,"attributes":{"POSITION":1},"indices":0},)"
+                  R"({"mode":5,"attributes":{"POSITION":1},"indices":2}]}],)"
+                  R"("buffers":[{"byteLength":52}],)"
+                  R"("bufferViews":[{"buffer":0,"byteLength":6,"byteOffset":0},)"
+                  R"({"buffer":0,"byteLength":36,"byteOffset":8,"byteStride":12,"target":34962},)"
+                  R"({"buffer":0,"byteLength":6,"byteOffset":44}],)"
+                  R"("accessors":[{"type":"SCALAR","componentType":5123,"count":3,"bufferView":0,"byteOffset":0},)"
+                  R"({"type":"VEC3","componentType":5126,"min":[0,0,0],"max":[1,1,0],"count":3,"bufferView":1,)"
+                  R"("byteOffset":0},)"
+                  R"({"type":"SCALAR","componentType":5123,"count":3,"bufferView":2,"byteOffset":0}],)"
+                  R"("scenes":[{"nodes":[0]}]})");
+    std::vector<uint8_t> expected;
+    PutBytes<uint16_t>(expected, {0, 1, 2});
+    PadTo4(expected);
+    PutBytes<float>(expected, {0, 0, 0, 1, 0, 0, 0, 1, 0});
+    PutBytes<uint16_t>(expected, {2, 1, 0});
+    PadTo4(expected);
+    EXPECT_EQ(glb.bin, expected);
+}
+
+TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
+    GlbBuilder b;
+    int32_t small = ExportIndices(b, {0, 65535, 7});
+    int32_t large = ExportIndices(b, {0, 65536, 7});
+    EXPECT_EQ(b.accessors[size_t(small)].format.componentType, 5123u);
+    EXPECT_EQ(b.accessors[size_t(large)].format.componentType, 5125u);
+    EXPECT_EQ(b.accessors[size_t(small)].count, 3u);
+    EXPECT_EQ(b.accessors[size_t(large)].count, 3u);
+    ASSERT_EQ(b.bufferViews.size(), 2u);
+    EXPECT_EQ(b.bufferViews[0].byteLength, 6u);
+    EXPECT_EQ(b.bufferViews[1].byteOffset, 8u);
+    EXPECT_EQ(b.bufferViews[1].byteLength, 12u);
+    EXPECT_EQ(b.bufferViews[1].target, 0u);
+    std::vector<uint8_t> expected;
+    PutBytes<uint16_t>(expected, {0, 65535, 7});
+    PadTo4(expected);
+    PutBytes<uint32_t>(expected, {0, 65536, 7});
+    EXPECT_EQ(b.data, expected);
+}
+
+TEST(GlbMeshExport, U32IndicesOfALargeMeshPassTheValidator) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "big", 0);
+    VertexData* v = new VertexData;
+    v->positions.resize(65537 * 3);
+    for (size_t i = 0; i < 65537; ++i) v->positions[i * 3] = float(i % 7);
+    NewInstance(*g, v, {0, 65536, 1});
+    scene.root->geometry = g;
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "u32_indices");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find(R"({"type":"SCALAR","componentType":5125,"count":3,"bufferView":0,"byteOffset":0})"),
+              std::string::npos);
+}
+
+TEST(GlbMeshExport, InterleavedLayoutOfEveryStream) {
+    VertexData v;
+    v.positions = {1, 2, 3, 4, 5, 6};
+    v.normals = {0, 0, 1, 0, 1, 0};
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    v.colors = {0.5f, 1.2f, -0.1f, 1.0f, nan, 0.0f, 0.999f, 0.2f};
+    v.joints = {0, 1, 2, 300, 3, 4, 5, 6};  // 300: u16 joints
+    v.weights = {0.25f, 0.25f, 0.5f, 0, 1, 0, 0, 0};
+    v.texCoords[0] = {0.5f, 0.5f, 1, 0};
+
+    GlbBuilder b;
+    b.data.resize(4);  // the block starts where the data ends
+    std::map<std::string, int32_t> attributes = ExportVertexData(b, v);
+
+    ASSERT_EQ(b.bufferViews.size(), 1u);
+    const GlbBufferView& view = b.bufferViews[0];
+    EXPECT_EQ(view.byteOffset, 4u);
+    EXPECT_EQ(view.byteStride, 60u);  // 12 + 12 + 4 + 8 + 16 + 8
+    EXPECT_EQ(view.byteLength, 120u);
+    EXPECT_EQ(view.target, 34962u);
+
+    struct Expect {
+        const char* name;
+        uint32_t offset, componentType, components;
+        bool normalized, bounds;
+    };
+    const Expect table[] = {{"POSITION", 0, 5126, 3, false, true},  {"NORMAL", 12, 5126, 3, false, true},
+                            {"COLOR_0", 24, 5121, 4, true, false},  {"JOINTS_0", 28, 5123, 4, false, false},
+                            {"WEIGHTS_0", 36, 5126, 4, false, false}, {"TEXCOORD_0", 52, 5126, 2, false, false}};
+    ASSERT_EQ(attributes.size(), 6u);
+    int32_t expectedIndex = 0;
+    for (const Expect& e : table) {
+        SCOPED_TRACE(e.name);
+        ASSERT_TRUE(attributes.count(e.name));
+        EXPECT_EQ(attributes[e.name], expectedIndex++);  // accessors in stream order
+        const GlbAccessor& a = b.accessors[size_t(attributes[e.name])];
+        EXPECT_EQ(a.byteOffset, e.offset);
+        EXPECT_EQ(a.format.componentType, e.componentType);
+        EXPECT_EQ(a.format.components, e.components);
+        EXPECT_EQ(a.normalized, e.normalized);
+        EXPECT_EQ(a.count, 2u);
+        EXPECT_EQ(a.min.empty(), !e.bounds);
+    }
+    const GlbAccessor& normal = b.accessors[size_t(attributes["NORMAL"])];
+    EXPECT_EQ(normal.min, (std::vector<float>{0, 0, 0}));
+    EXPECT_EQ(normal.max, (std::vector<float>{0, 1, 1}));
+
+    std::vector<uint8_t> expected(4, 0);
+    PutBytes<float>(expected, {1, 2, 3, 0, 0, 1});
+    // 0.5 -> 127.5 truncated; above 1 and below 0 clamp.
+    PutBytes<uint8_t>(expected, {127, 255, 0, 255});
+    PutBytes<uint16_t>(expected, {0, 1, 2, 300});
+    PutBytes<float>(expected, {0.25f, 0.25f, 0.5f, 0, 0.5f, 0.5f});
+    PutBytes<float>(expected, {4, 5, 6, 0, 1, 0});
+    PutBytes<uint8_t>(expected, {0, 0, 254, 51});  // NaN gives 0
+    PutBytes<uint16_t>(expected, {3, 4, 5, 6});
+    PutBytes<float>(expected, {1, 0, 0, 0, 1, 0});
+    EXPECT_EQ(b.data, expected);
+}
+
+TEST(GlbMeshExport, JointsBelow256AreBytesAndStreamsAreRoundedTo4) {
+    VertexData v;
+    v.positions = {1, 2, 3};
+    v.joints = {255, 0, 1, 2};
+    v.texCoords[5] = {0.25f, 0.75f};
+    GlbBuilder b;
+    std::map<std::string, int32_t> attributes = ExportVertexData(b, v);
+    EXPECT_EQ(b.bufferViews[0].byteStride, 24u);  // 12 + 4 + 8
+    EXPECT_EQ(b.accessors[size_t(attributes["JOINTS_0"])].format.componentType, 5121u);
+    EXPECT_FALSE(b.accessors[size_t(attributes["JOINTS_0"])].normalized);
+    EXPECT_EQ(b.accessors[size_t(attributes["TEXCOORD_5"])].byteOffset, 16u);
+    std::vector<uint8_t> expected;
+    PutBytes<float>(expected, {1, 2, 3});
+    PutBytes<uint8_t>(expected, {255, 0, 1, 2});
+    PutBytes<float>(expected, {0.25f, 0.75f});
+    EXPECT_EQ(b.data, expected);
+}
+
+TEST(GlbMeshExport, ColoursOfThreeFloatsFillFourByteSlotsInOrder) {
+    // Colours are kept as read; three per vertex still go out as four bytes per vertex,
+    // taken in order, and the slots past the end of the data stay zero.
+    VertexData v;
+    v.positions = {0, 0, 0, 1, 0, 0};
+    v.colors = {1, 0, 0, 0, 1, 0};
+    GlbBuilder b;
+    ExportVertexData(b, v);
+    std::vector<uint8_t> expected;
+    PutBytes<float>(expected, {0, 0, 0});
+    PutBytes<uint8_t>(expected, {255, 0, 0, 0});
+    PutBytes<float>(expected, {1, 0, 0});
+    PutBytes<uint8_t>(expected, {255, 0, 0, 0});
+    EXPECT_EQ(b.data, expected);
+}
+
+TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    VertexData* v = Triangle();
+    v->texCoords[3] = {0, 0, 1, 0, 0, 1};
+    NewInstance(*g, v, {0, 1, 2});
+    scene.root->geometry = g;
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "texcoord3");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find(R"("attributes":{"POSITION":1,"TEXCOORD_3":2})"), std::string::npos) << glb.json;
+    EXPECT_NE(glb.json.find(R"({"buffer":0,"byteLength":60,"byteOffset":8,"byteStride":20,"target":34962})"),
+              std::string::npos);
+}
+
+TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    VertexData* v = Triangle();
+    v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
+    MeshInstance* mi = NewInstance(*g, v, {0, 1, 2});
+    scene.root->geometry = g;
+
+    mi->morph = new Morph;
+    MorphTarget* smile = new MorphTarget(3);
+    smile->deltaPositions[3] = 0.5f;
+    smile->name = "smile";
+    smile->defaultWeight = 0.25f;
+    Compact(*smile, FLT_EPSILON);
+    MorphTarget* blink = new MorphTarget(3);
+    blink->name = "blink";
+    Compact(*blink, FLT_EPSILON);
+    ASSERT_EQ(smile->count, 1u);
+    ASSERT_EQ(blink->count, 0u);
+    mi->morph->targets = {smile, blink};
+
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "morph");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(Between(glb.json, R"("meshes")", R"(,"buffers")"),
+              R"("meshes":[{"primitives":[{"mode":4,"attributes":{"NORMAL":2,"POSITION":1},"indices":0,)"
+              R"("targets":[{"POSITION":3,"NORMAL":4},{"POSITION":5,"NORMAL":6}]}],)"
+              R"("weights":[0.25,0],"extras":{"targetNames":["smile","blink"]}}])");
+    EXPECT_EQ(Between(glb.json, R"("buffers")", R"(,"scenes")"),
+              R"("buffers":[{"byteLength":108}],)"
+              R"("bufferViews":[{"buffer":0,"byteLength":6,"byteOffset":0},)"
+              R"({"buffer":0,"byteLength":72,"byteOffset":8,"byteStride":24,"target":34962},)"
+              R"({"buffer":0,"byteLength":4,"byteOffset":80},{"buffer":0,"byteLength":12,"byteOffset":84},)"
+              R"({"buffer":0,"byteLength":12,"byteOffset":96},{"buffer":0,"byteLength":0,"byteOffset":108},)"
+              R"({"buffer":0,"byteLength":0,"byteOffset":108},{"buffer":0,"byteLength":0,"byteOffset":108}],)"
+              R"("accessors":[{"type":"SCALAR","componentType":5123,"count":3,"bufferView":0,"byteOffset":0},)"
+              R"({"type":"VEC3","componentType":5126,"min":[0,0,0],"max":[1,1,0],"count":3,"bufferView":1,)"
+              R"("byteOffset":0},)"
+              R"({"type":"VEC3","componentType":5126,"min":[0,0,1],"max":[0,0,1],"count":3,"bufferView":1,)"
+              R"("byteOffset":12},)"
+              R"({"type":"VEC3","componentType":5126,"min":[0,0,0],"max":[0.5,0,0],"count":3,)"
+              R"("sparse":{"count":1,"values":{"bufferView":3},"indices":{"bufferView":2,"componentType":5125}}},)"
+              R"({"type":"VEC3","componentType":5126,"count":3,)"
+              R"("sparse":{"count":1,"values":{"bufferView":4},"indices":{"bufferView":2,"componentType":5125}}},)"
+              R"({"type":"VEC3","componentType":5126,"min":[0,0,0],"max":[0,0,0],"count":3,)"
+              R"("sparse":{"count":0,"values":{"bufferView":6},"indices":{"bufferView":5,"componentType":5125}}},)"
+              R"({"type":"VEC3","componentType":5126,"count":3,)"
+              R"("sparse":{"count":0,"values":{"bufferView":7},"indices":{"bufferView":5,"componentType":5125}}}])");
+    ASSERT_EQ(glb.bin.size(), 108u);
+    std::vector<uint8_t> tail;
+    PutBytes<uint32_t>(tail, {1});
+    PutBytes<float>(tail, {0.5f, 0, 0, 0, 0, 0});
+    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 80, glb.bin.end()), tail);
+}
+
+TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    MeshInstance* mi = NewInstance(*g, Triangle(), {0, 1, 2});
+    scene.root->geometry = g;
+    mi->morph = new Morph;
+    MorphTarget* t = new MorphTarget(3);
+    t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
+    Compact(*t, FLT_EPSILON);
+    mi->morph->targets = {t};
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "morph_no_base_normal");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    // The box of a target always holds the origin.
+    EXPECT_NE(glb.json.find(R"("min":[0,0,-2],"max":[0,0,0],"count":3,"sparse":{"count":1,)"), std::string::npos)
+        << glb.json;
+    EXPECT_NE(glb.json.find(R"("targets":[{"POSITION":2,"NORMAL":3}])"), std::string::npos);
+}
+
+TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    MeshInstance* mi = NewInstance(*g, Triangle(), {0, 1, 2});
+    scene.root->geometry = g;
+    DracoPayload payload;
+    payload.vertexCount = 3;
+    payload.indexCount = 3;
+    payload.data = {1, 2, 3, 4, 5};
+    DracoAttributeInfo position;
+    position.semantic = 0;
+    position.componentType = 0;
+    position.components = 3;
+    position.attributeId = 0;
+    position.min = {0, 0, 0};
+    position.max = {1, 1, 0};
+    DracoAttributeInfo colour;
+    colour.semantic = 4;
+    colour.components = 4;
+    colour.normalized = 1;  // written without "normalized" all the same
+    colour.attributeId = 1;
+    colour.byteOffset = 12;
+    DracoAttributeInfo uv;
+    uv.semantic = 7;
+    uv.components = 2;
+    uv.attributeId = 2;
+    payload.attributes = {position, colour, uv};
+    mi->compressed = payload;
+
+    std::string path;
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "draco", &path);
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb),
+              std::string(kAsset) +
+                  R"("nodes":[{"name":"root","mesh":0}],)"
+                  R"("meshes":[{"primitives":[{"mode":4,"attributes":{"COLOR_0":2,"POSITION":1,"TEXCOORD_0":3},)"
+                  R"("indices":0,"extensions":{"KHR_draco_mesh_compression":{"bufferView":0,)"
+                  R"("attributes":{"COLOR_0":1,"POSITION":0,"TEXCOORD_0":2}}}}]}],)"
+                  R"("buffers":[{"byteLength":8}],"bufferViews":[{"buffer":0,"byteLength":5,"byteOffset":0}],)"
+                  R"("accessors":[{"type":"SCALAR","componentType":5125,"count":3},)"
+                  R"({"type":"VEC3","componentType":5126,"min":[0,0,0],"max":[1,1,0],"count":3},)"
+                  R"({"type":"VEC4","componentType":5126,"count":3},{"type":"VEC2","componentType":5126,"count":3}],)"
+                  R"("scenes":[{"nodes":[0]}],"extensionsUsed":["KHR_draco_mesh_compression"],)"
+                  R"("extensionsRequired":["KHR_draco_mesh_compression"]})");
+    EXPECT_EQ(glb.bin, (std::vector<uint8_t>{1, 2, 3, 4, 5, 0, 0, 0}));
+}
+
+Mat4 Translation(float x, float y, float z) {
+    Mat4 m;
+    m[12] = x;
+    m[13] = y;
+    m[14] = z;
+    return m;
+}
+
+TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
+    Scene scene;
+    scene.root = NewNode("root", 10);
+    NewNode("j1", 11, scene.root);
+    NewNode("j2", 12, scene.root);
+    GraphNode* a = NewNode("a", 13, scene.root);
+    GraphNode* b = NewNode("b", 14, scene.root);
+
+    VertexData* v = Triangle();
+    v->joints = {0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 0};
+    v->weights = {0.5f, 0.5f, 0, 0, 0.5f, 0.5f, 0, 0, 1, 0, 0, 0};
+    Skin* skin = new Skin;
+    skin->joints = {11, 99, 12};
+    skin->inverseBindMatrices = {Translation(1, 2, 3), Translation(7, 7, 7), Translation(4, 5, 6)};
+    Geometry* ga = NewGeometry(scene, "ga", 0);
+    NewInstance(*ga, v, {0, 1, 2})->skin = skin;
+    Geometry* gb = NewGeometry(scene, "gb", 1);
+    NewInstance(*gb, v, {0, 2, 1})->skin = skin;  // same vertex data in another mesh
+    a->geometry = ga;
+    b->geometry = gb;
+
+    testing::internal::CaptureStdout();
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "skin");
+    std::string printed = testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(printed, "GLB skin convertion error - failed to find a node 99\n");
+
+    EXPECT_NE(glb.json.find(R"({"name":"a","mesh":0,"skin":0},{"name":"b","mesh":1,"skin":0})"), std::string::npos)
+        << glb.json;
+    EXPECT_NE(glb.json.find(R"("meshes":[{"primitives":[{"mode":4,"attributes":{"JOINTS_0":2,"POSITION":1,)"
+                            R"("WEIGHTS_0":3},"indices":0}]},{"primitives":[{"mode":4,"attributes":{"JOINTS_0":2,)"
+                            R"("POSITION":1,"WEIGHTS_0":3},"indices":5}]}])"),
+              std::string::npos);
+    EXPECT_NE(glb.json.find(R"("skins":[{"joints":[1,2],"inverseBindMatrices":4,"skeleton":4}])"),
+              std::string::npos);
+    // The matrix block follows the geometry's vertex block: 8 + 3 * 32 = 104.
+    EXPECT_NE(glb.json.find(R"({"buffer":0,"byteLength":128,"byteOffset":104})"), std::string::npos);
+    EXPECT_NE(glb.json.find(R"({"type":"MAT4","componentType":5126,"count":2,"bufferView":2,"byteOffset":0})"),
+              std::string::npos);
+    ASSERT_GE(glb.bin.size(), 232u);
+    std::vector<uint8_t> matrices;
+    Mat4 m0 = Translation(1, 2, 3), m2 = Translation(4, 5, 6);
+    for (float f : m0.m) PutBytes<float>(matrices, {f});
+    for (float f : m2.m) PutBytes<float>(matrices, {f});
+    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 104, glb.bin.begin() + 232), matrices);
+}
+
+TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    Skin* skin = new Skin;
+    skin->joints = {0};
+    skin->inverseBindMatrices = {Mat4{}};
+    NewInstance(*g, Triangle(), {0, 1, 2})->skin = skin;
+    scene.root->geometry = g;
+    GlbParts glb = WriteAndRead(scene, AnimationOptions({"none"}), "no_model");
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_EQ(TrimmedJson(glb), std::string(kAsset) +
+                                    R"("nodes":[{"name":"root"}],"meshes":[],"buffers":[{"byteLength":0}],)"
+                                    R"("bufferViews":[],"accessors":[],"scenes":[{"nodes":[0]}]})");
+}
+}  // namespace

@@ -1,0 +1,188 @@
+#include "write_test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sys/wait.h>
+
+#include "gltf/glb_writer.h"
+
+#ifndef VURL_SOURCE_DIR
+#error "VURL_SOURCE_DIR must name the source tree"
+#endif
+
+namespace {
+uint32_t U32At(const std::vector<uint8_t>& bytes, size_t offset) {
+    uint32_t v = 0;
+    std::memcpy(&v, bytes.data() + offset, 4);
+    return v;
+}
+
+std::string ShellQuote(const std::string& text) {
+    std::string out = "'";
+    for (char c : text) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+}  // namespace
+
+GlbParts ReadGlbParts(const std::string& path) {
+    GlbParts p;
+    std::ifstream in(path, std::ios::binary);
+    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    p.fileSize = bytes.size();
+    if (bytes.size() < 20) {
+        p.error = "shorter than a header";
+        return p;
+    }
+    p.magic = U32At(bytes, 0);
+    p.version = U32At(bytes, 4);
+    p.lengthField = U32At(bytes, 8);
+    p.jsonLength = U32At(bytes, 12);
+    p.jsonType = U32At(bytes, 16);
+    size_t binHeader = 20 + size_t(p.jsonLength);
+    if (binHeader + 8 > bytes.size()) {
+        p.error = "JSON chunk runs past the end";
+        return p;
+    }
+    p.json.assign(bytes.begin() + 20, bytes.begin() + static_cast<std::ptrdiff_t>(binHeader));
+    p.binLength = U32At(bytes, binHeader);
+    p.binType = U32At(bytes, binHeader + 4);
+    if (binHeader + 8 + p.binLength != bytes.size()) {
+        p.error = "binary chunk does not end the file";
+        return p;
+    }
+    p.bin.assign(bytes.begin() + static_cast<std::ptrdiff_t>(binHeader + 8), bytes.end());
+    p.ok = true;
+    return p;
+}
+
+std::string TrimmedJson(const GlbParts& parts) {
+    std::string text = parts.json;
+    while (!text.empty() && text.back() == ' ') text.pop_back();
+    return text;
+}
+
+std::string TempGlbPath(const std::string& stem) {
+    auto dir = std::filesystem::temp_directory_path() / "vurl_write_tests";
+    std::filesystem::create_directories(dir);
+    return (dir / (stem + ".glb")).string();
+}
+
+GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const std::string& stem,
+                      std::string* pathOut) {
+    std::string path = TempGlbPath(stem);
+    std::filesystem::remove(path);
+    WriteGlb(path, scene, options);
+    if (pathOut) *pathOut = path;
+    ExpectValidatorClean(path);
+    return ReadGlbParts(path);
+}
+
+ExportOptions ModelOptions() {
+    ExportOptions o;
+    o.exportModel = true;
+    return o;
+}
+
+ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool model) {
+    ExportOptions o;
+    o.exportModel = model;
+    for (const char* t : takes) o.animations.insert(t);
+    return o;
+}
+
+ValidatorResult RunValidator(const std::string& path, const std::vector<std::string>& allowed) {
+    ValidatorResult r;
+    if (std::system("command -v node >/dev/null 2>&1") != 0) return r;
+    r.available = true;
+    std::string command = "node " + ShellQuote(std::string(VURL_SOURCE_DIR) + "/tools/validator/validate.mjs") +
+                          " " + ShellQuote(path);
+    if (!allowed.empty()) {
+        std::string list;
+        for (const std::string& code : allowed) list += (list.empty() ? "" : ",") + code;
+        command += " --allow " + list;
+    }
+    command += " 2>&1";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return r;
+    char buffer[4096];
+    size_t n;
+    while ((n = fread(buffer, 1, sizeof buffer, pipe)) > 0) r.output.append(buffer, n);
+    int status = pclose(pipe);
+    r.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return r;
+}
+
+GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent) {
+    GraphNode* node = new GraphNode;
+    node->name = name;
+    node->id = id;
+    if (parent) parent->AddChild(node);
+    return node;
+}
+
+Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id) {
+    Geometry* g = new Geometry;
+    g->name = name;
+    g->id = id;
+    scene.geometries.Add(g);
+    return g;
+}
+
+MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices) {
+    MeshInstance* mi = NewInstance(geometry, vertices);
+    mi->indices = new std::vector<uint32_t>(std::move(indices));
+    return mi;
+}
+
+MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices) {
+    MeshInstance* mi = new MeshInstance;
+    mi->vertices = vertices;
+    geometry.meshInstances.push_back(mi);
+    return mi;
+}
+
+VertexData* Triangle() {
+    VertexData* v = new VertexData;
+    v->positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    return v;
+}
+
+const std::vector<std::string>& PrescribedValidatorErrors() {
+    static const std::vector<std::string> rules = {
+        // "meshes", "bufferViews" and "accessors" are written even when empty (no geometry,
+        // an animation-only file), and so is a rootless scene's "nodes" and scene list.
+        "EMPTY_ENTITY@/meshes",
+        "EMPTY_ENTITY@/bufferViews",
+        "EMPTY_ENTITY@/accessors",
+        "EMPTY_ENTITY@/nodes",
+        "EMPTY_ENTITY@/scenes/0/nodes",
+        // An animation with no usable track keeps empty "channels" and "samplers".
+        "EMPTY_ENTITY@/animations/*/channels",
+        "EMPTY_ENTITY@/animations/*/samplers",
+        // The one buffer is written with the data size, 0 for a file without data.
+        "VALUE_NOT_IN_RANGE@/buffers/0/byteLength",
+        // A morph target compacted to nothing has a sparse count of 0 and three views of
+        // length 0; when they end the buffer their offset is the buffer's length.
+        "VALUE_NOT_IN_RANGE@/accessors/*/sparse/count",
+        "VALUE_NOT_IN_RANGE@/bufferViews/*/byteLength",
+        "BUFFER_VIEW_TOO_LONG@/bufferViews/*/byteOffset",
+        // A skin's "skeleton" is the last node that uses the skin, not a joint ancestor.
+        "SKIN_SKELETON_INVALID@/skins/*/skeleton",
+        // An animation-only file keeps the weights channels of nodes that have no mesh in it.
+        "ANIMATION_CHANNEL_TARGET_NODE_WEIGHTS_NO_MORPHS@/animations/*/channels/*/target",
+        // Every target has NORMAL; the base has it only when the vertices have normals.
+        "MESH_PRIMITIVE_MORPH_TARGET_NO_BASE_ACCESSOR@/meshes/*/primitives/*/targets/*",
+        // Texture coordinate sets keep their own numbers: a lone TEXCOORD_3 stays TEXCOORD_3.
+        "MESH_PRIMITIVE_INDEXED_SEMANTIC_CONTINUITY@/meshes/*/primitives/*/attributes*",
+    };
+    return rules;
+}
+
+void ExpectValidatorClean(const std::string& path) {
+    ValidatorResult r = RunValidator(path, PrescribedValidatorErrors());
+    if (!r.available) GTEST_SKIP() << "node is not installed: the glTF validator did not run";
+    EXPECT_EQ(r.exitCode, 0) << "validator on " << path << ":\n" << r.output;
+}

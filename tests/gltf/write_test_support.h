@@ -1,0 +1,71 @@
+// Helpers of the GLB writer tests: small scenes, the raw container read back by hand,
+// and the Khronos validator as an independent client.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "scene/options.h"
+#include "scene/scene.h"
+
+// The parts of a GLB file as they lie on disk.
+struct GlbParts {
+    bool ok = false;
+    std::string error;
+    uint32_t magic = 0, version = 0, lengthField = 0;
+    uint32_t jsonLength = 0, jsonType = 0, binLength = 0, binType = 0;
+    uint64_t fileSize = 0;
+    std::string json;           // with its padding
+    std::vector<uint8_t> bin;   // with its padding
+};
+
+GlbParts ReadGlbParts(const std::string& path);
+// The JSON text without the trailing blanks of the padding.
+std::string TrimmedJson(const GlbParts& parts);
+
+std::string TempGlbPath(const std::string& stem);
+
+// Writes the scene with WriteGlb, runs the validator on it and reads the file back.
+GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const std::string& stem,
+                      std::string* pathOut = nullptr);
+
+ExportOptions ModelOptions();
+ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool model = false);
+
+struct ValidatorResult {
+    bool available = false;  // false when node is not installed
+    int exitCode = -1;
+    std::string output;
+};
+// Runs tools/validator/validate.mjs; errors matched by a rule of `allowed` (CODE or
+// CODE@POINTER-GLOB) do not fail.
+ValidatorResult RunValidator(const std::string& path, const std::vector<std::string>& allowed);
+
+// The errors that our output rules themselves produce, each only where its rule puts it.
+const std::vector<std::string>& PrescribedValidatorErrors();
+
+// Fails the current test when the validator reports any other error; skips it when node
+// is absent.
+void ExpectValidatorClean(const std::string& path);
+
+// Little-endian bytes of values, for building expected binary chunks by hand.
+template <typename T>
+void PutBytes(std::vector<uint8_t>& out, std::initializer_list<T> values) {
+    for (T v : values) {
+        uint8_t b[sizeof(T)];
+        std::memcpy(b, &v, sizeof(T));
+        out.insert(out.end(), b, b + sizeof(T));
+    }
+}
+inline void PadTo4(std::vector<uint8_t>& out) {
+    while (out.size() % 4) out.push_back(0);
+}
+
+// Scene building: nodes are owned by their parents, geometry by the scene.
+GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent = nullptr);
+Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id);
+MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices);
+MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices);  // not indexed
+VertexData* Triangle();  // positions (0,0,0) (1,0,0) (0,1,0)
