@@ -3,14 +3,136 @@
 #include "json/json.h"
 #include "json/json_text.h"
 
+namespace {
+
+using u128 = unsigned __int128;
+
+// Powers of ten up to 10^38, enough for any float scaled to six digits.
+struct PowersOfTen {
+    u128 value[39];
+    constexpr PowersOfTen() : value() {
+        value[0] = 1;
+        for (int i = 1; i < 39; ++i) value[i] = value[i - 1] * 10;
+    }
+};
+constexpr PowersOfTen kPow10;
+
+int DecimalDigits(u128 n) {
+    int digits = 1;
+    while (digits < 39 && n >= kPow10.value[digits]) ++digits;
+    return digits;
+}
+
+// Rounds num/den's quotient to even on an exact tie; den = 2*half.
+template <typename T>
+uint32_t RoundHalfEven(T quotient, T remainder, T half) {
+    if (remainder > half || (remainder == half && (quotient & 1) != 0)) ++quotient;
+    return static_cast<uint32_t>(quotient);
+}
+
+// The float m * 2^e (m < 2^24) rounded to six significant digits: digits in
+// [100000, 999999] and the decimal exponent of the first one. Exact integer
+// arithmetic, so ties and near-ties round as printf does. False for the
+// smallest magnitudes, left to the library routine.
+bool RoundToSixDigits(uint32_t m, int e, uint32_t& digits, int& exponent) {
+    if (e >= 0) {
+        u128 v = static_cast<u128>(m) << e;
+        exponent = DecimalDigits(v) - 1;
+        if (exponent < 6) {
+            digits = static_cast<uint32_t>(v * kPow10.value[5 - exponent]);
+            return true;
+        }
+        u128 divisor = kPow10.value[exponent - 5];
+        digits = RoundHalfEven<u128>(v / divisor, v % divisor, divisor / 2);
+    } else {
+        int s = -e;
+        if (s > 100) return false;
+        uint32_t integer = s < 32 ? (m >> s) : 0;
+        if (integer > 0) {
+            exponent = DecimalDigits(integer) - 1;
+            if (exponent <= 5) {
+                uint64_t n = static_cast<uint64_t>(m) * static_cast<uint64_t>(kPow10.value[5 - exponent]);
+                uint64_t mask = (uint64_t{1} << s) - 1;
+                digits = RoundHalfEven<uint64_t>(n >> s, n & mask, uint64_t{1} << (s - 1));
+            } else {
+                uint64_t divisor = static_cast<uint64_t>(kPow10.value[exponent - 5]) << s;
+                digits = RoundHalfEven<uint64_t>(m / divisor, m % divisor, divisor / 2);
+            }
+        } else {
+            // v < 1: find the first j with m * 10^j >= 2^s; the exponent is -j.
+            u128 one = u128{1} << s;
+            int j = s > 24 ? static_cast<int>((s - 24) * 0.30103) : 1;
+            if (j < 1) j = 1;
+            while (static_cast<u128>(m) * kPow10.value[j] < one) ++j;
+            exponent = -j;
+            u128 n = static_cast<u128>(m) * kPow10.value[5 + j];
+            digits = RoundHalfEven<u128>(n >> s, n & (one - 1), one >> 1);
+        }
+    }
+    if (digits == 1000000) {
+        digits = 100000;
+        ++exponent;
+    }
+    return true;
+}
+
+char* WriteDigits(char* out, uint32_t digits, int count) {
+    for (int i = count - 1; i >= 0; --i) {
+        out[i] = static_cast<char>('0' + digits % 10);
+        digits /= 10;
+    }
+    return out + count;
+}
+
+}  // namespace
+
 size_t FormatFloat(float value, char* buf) {
-    // %g with six digits, which is what a default-state stream prints for a float
-    // (it widens to double first, so does this).
-    return static_cast<size_t>(
-        std::to_chars(buf, buf + kFloatTextMax, static_cast<double>(value),
-                      std::chars_format::general, 6)
-            .ptr -
-        buf);
+    uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    uint32_t biased = (bits >> 23) & 0xff;
+    uint32_t fraction = bits & 0x7fffff;
+    uint32_t digits = 0;
+    int exponent = 0;
+    if (biased == 0 || biased == 0xff ||
+        !RoundToSixDigits(fraction | 0x800000, static_cast<int>(biased) - 150, digits, exponent)) {
+        // Zero, subnormals, the tiniest normals, infinities and NaN: %g with six
+        // digits, which is what a default-state stream prints for a float (it
+        // widens to double first, so does this).
+        return static_cast<size_t>(std::to_chars(buf, buf + kFloatTextMax, static_cast<double>(value),
+                                                 std::chars_format::general, 6)
+                                       .ptr -
+                                   buf);
+    }
+    char* out = buf;
+    if (bits >> 31) *out++ = '-';
+    char six[6];
+    WriteDigits(six, digits, 6);
+    int kept = 6;  // %g drops trailing zeros of the fraction
+    while (kept > 1 && six[kept - 1] == '0') --kept;
+    if (exponent < -4 || exponent >= 6) {
+        *out++ = six[0];
+        if (kept > 1) {
+            *out++ = '.';
+            for (int i = 1; i < kept; ++i) *out++ = six[i];
+        }
+        *out++ = 'e';
+        *out++ = exponent < 0 ? '-' : '+';
+        int magnitude = exponent < 0 ? -exponent : exponent;
+        out = WriteDigits(out, static_cast<uint32_t>(magnitude), 2);
+    } else if (exponent >= 0) {
+        int whole = exponent + 1;
+        for (int i = 0; i < whole; ++i) *out++ = six[i];
+        if (kept > whole) {
+            *out++ = '.';
+            for (int i = whole; i < kept; ++i) *out++ = six[i];
+        }
+    } else {
+        *out++ = '0';
+        *out++ = '.';
+        for (int i = -1; i > exponent; --i) *out++ = '0';
+        for (int i = 0; i < kept; ++i) *out++ = six[i];
+    }
+    return static_cast<size_t>(out - buf);
 }
 
 std::string FormatFloat(float value) {
@@ -20,7 +142,6 @@ std::string FormatFloat(float value) {
 
 // Index 15 is the terminating zero of the lookup text, and it does reach the output.
 static constexpr char kHexDigits[] = "012345679abcdef";
-
 size_t EscapeByte(unsigned char c, char* out) {
     char pair = 0;
     switch (c) {
