@@ -1,0 +1,113 @@
+#include "runtimejson/animation_json.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "expected_file.h"
+#include "scene_builder.h"
+
+namespace {
+
+using namespace testing_scene;
+
+class AnimationFile : public ::testing::Test {
+protected:
+    void SetUp() override {
+        b.Root().Child("hips", 1).Child("spine", 2);
+        b.AddAnimation("run", 2.0f)->tracks.push_back(Track(1));
+        Animation* walk = b.AddAnimation("walk", 1.5f);
+        b.AddAnimation("idle", 3.0f)->tracks.push_back(Track(2));
+
+        // One position key, rotation keys, a scale without keys.
+        AnimationTrack single = Track(1);
+        single.position = Channel(1, {0.0f}, {{1, 2, 3}});
+        single.rotation = Channel(1, {0.0f, 0.5f, 1.0f}, {{0, 0, 0}, {10, 20, 30}, {20, 40, 60}});
+        single.scale.defaultValue = {1, 1, 1};
+        walk->tracks.push_back(single);
+
+        // One key in each channel: the keys only carry their times.
+        AnimationTrack onePerChannel = Track(2);
+        onePerChannel.position = Channel(1, {0.25f}, {{5, 5, 5}});
+        onePerChannel.rotation = Channel(1, {0.25f}, {{1, 1, 1}});
+        onePerChannel.scale = Channel(1, {0.75f}, {{2, 2, 2}});
+        walk->tracks.push_back(onePerChannel);
+
+        // Linear channels sampled at each other's times; a stepped channel gives its default.
+        AnimationTrack blended = Track(1);
+        blended.position = Channel(1, {0.0f, 1.0f}, {{0, 0, 0}, {2, 4, -6}});
+        blended.rotation = Channel(1, {0.5f, 0.75f, 1.25f}, {{0, 0, 0}, {0, 90, 0}, {0, 180, 0}});
+        blended.scale = Channel(0, {0.0f, 1.0f}, {{3, 3, 3}, {4, 4, 4}}, {1, 2, 1});
+        walk->tracks.push_back(blended);
+
+        AnimationTrack unknownNode = Track(42);
+        unknownNode.position = Channel(1, {0.0f, 1.0f}, {{0, 0, 0}, {1, 1, 1}});
+        walk->tracks.push_back(unknownNode);
+
+        AnimationTrack weightsOnly;
+        weightsOnly.nodeId = 2;
+        weightsOnly.weights.times = {0.0f, 1.0f};
+        weightsOnly.weights.values = {{0.0f}, {1.0f}};
+        walk->tracks.push_back(weightsOnly);
+
+        AnimationTrack cubic = Track(2);
+        cubic.position = Channel(2, {0.0f, 1.0f}, {{1, 1, 1}, {2, 2, 2}}, {7, 8, 9});
+        cubic.position.inTangents = cubic.position.outTangents = {{0, 0, 0}, {0, 0, 0}};
+        walk->tracks.push_back(cubic);
+    }
+
+    static AnimationTrack Track(uint64_t nodeId) {
+        AnimationTrack track;
+        track.nodeId = nodeId;
+        track.position = Channel(1, {0.0f}, {{0, 0, 0}});
+        return track;
+    }
+
+    std::string path = ::testing::TempDir() + "animation_test.json";
+    SceneBuilder b;
+};
+
+TEST_F(AnimationFile, LastNamedTakeInArchiveOrderStays) {
+    std::remove(path.c_str());
+    ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"walk", "run"}, false));
+    EXPECT_EQ(ReadFileBytes(path), ExpectedCompact("animation_walk_compact.json.txt"));
+    std::remove(path.c_str());
+}
+
+TEST_F(AnimationFile, NoFileWithoutAMatchingTake) {
+    std::remove(path.c_str());
+    EXPECT_TRUE(WriteAnimationsJson(path, b.scene(), {"swim"}, false));
+    EXPECT_FALSE(std::ifstream(path).good());
+}
+
+TEST(AnimationJson, LaterNodeOfADuplicateIdNamesTheTrack) {
+    SceneBuilder b;
+    auto root = b.Root();
+    root.Child("first", 7);
+    root.Child("second", 7);
+    AnimationTrack track;
+    track.nodeId = 7;
+    track.scale = Channel(1, {0.0f}, {{1, 1, 1}});
+    b.AddAnimation("a", 0.0f)->tracks.push_back(track);
+    const std::string path = ::testing::TempDir() + "animation_dup.json";
+    ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"a"}, true));
+    const std::string text = ReadFileBytes(path);
+    EXPECT_NE(text.find("\"name\": \"second\""), std::string::npos) << text;
+    std::remove(path.c_str());
+}
+
+TEST(AnimationJson, ValuesShorterThanTimesDoNotReadPastTheKeys) {
+    Animation animation;
+    animation.name = "short";
+    AnimationTrack track;
+    track.nodeId = 0;
+    track.position = Channel(1, {0.0f, 1.0f, 2.0f}, {{1, 1, 1}, {3, 3, 3}});
+    track.rotation = Channel(1, {0.5f}, {});  // one time, no value: the default stands
+    animation.tracks.push_back(track);
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {{0, "root"}})),
+              R"({"animation":{"version":4,"name":"short","duration":0,"nodes":[{"name":"root",)"
+              R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":0.5,"p":[2,2,2]},)"
+              R"({"t":1,"p":[3,3,3]},{"t":2,"p":[3,3,3]}]}]}})");
+}
+
+}  // namespace

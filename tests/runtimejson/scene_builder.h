@@ -1,0 +1,167 @@
+// Fluent construction of Scene objects for tests. Everything made here is handed to
+// the scene, whose destructor frees it.
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "scene/scene.h"
+
+namespace testing_scene {
+
+class NodeBuilder {
+public:
+    NodeBuilder(Scene& scene, GraphNode* node) : scene_(scene), node_(node) {}
+
+    NodeBuilder& Position(float x, float y, float z) { node_->position = {x, y, z}; return *this; }
+    NodeBuilder& Rotation(float x, float y, float z) { node_->rotation = {x, y, z}; return *this; }
+    NodeBuilder& Scale(float x, float y, float z) { node_->scale = {x, y, z}; return *this; }
+    NodeBuilder& ScaleCompensation(bool on = true) { node_->scaleCompensation = on; return *this; }
+    NodeBuilder& WithGeometry(Geometry* geometry) { node_->geometry = geometry; return *this; }
+    NodeBuilder& WithCamera(const Camera& camera) {
+        node_->camera = new Camera(camera);
+        scene_.ownedCameras.push_back(node_->camera);
+        return *this;
+    }
+    NodeBuilder& WithLight(const Light& light) {
+        node_->light = new Light(light);
+        scene_.ownedLights.push_back(node_->light);
+        return *this;
+    }
+    // A new child, appended after the existing ones.
+    NodeBuilder Child(const std::string& name, uint64_t id) {
+        auto* child = new GraphNode();
+        child->name = name;
+        child->id = id;
+        node_->AddChild(child);
+        return NodeBuilder(scene_, child);
+    }
+
+    GraphNode* Get() const { return node_; }
+    operator GraphNode*() const { return node_; }
+
+private:
+    Scene& scene_;
+    GraphNode* node_;
+};
+
+class MeshBuilder {
+public:
+    explicit MeshBuilder(MeshInstance* instance) : mesh_(instance) {}
+
+    MeshBuilder& Type(uint32_t primitiveType) { mesh_->primitiveType = primitiveType; return *this; }
+    MeshBuilder& Indices(std::initializer_list<uint32_t> indices) {
+        mesh_->indices = new std::vector<uint32_t>(indices);
+        return *this;
+    }
+    MeshBuilder& Vertices(VertexData* vertices) { mesh_->vertices = vertices; return *this; }
+    MeshBuilder& WithSkin(Skin* skin) { mesh_->skin = skin; return *this; }
+    MeshBuilder& WithMorph(Morph* morph) { mesh_->morph = morph; return *this; }
+    MeshBuilder& WithMaterial(Material* material) { mesh_->material = material; return *this; }
+    MeshBuilder& Box(Vec3 min, Vec3 max) {
+        mesh_->boundingBox.valid = true;
+        mesh_->boundingBox.min = min;
+        mesh_->boundingBox.max = max;
+        return *this;
+    }
+    MeshBuilder& Compressed() { mesh_->compressed.emplace(); return *this; }
+
+    MeshInstance* Get() const { return mesh_; }
+    operator MeshInstance*() const { return mesh_; }
+
+private:
+    MeshInstance* mesh_;
+};
+
+class SceneBuilder {
+public:
+    SceneBuilder() : scene_(std::make_unique<Scene>()) {}
+
+    // Makes the root; call once.
+    NodeBuilder Root(const std::string& name = "root", uint64_t id = 0) {
+        scene_->root = new GraphNode();
+        scene_->root->name = name;
+        scene_->root->id = id;
+        return NodeBuilder(*scene_, scene_->root);
+    }
+    NodeBuilder Node(GraphNode* node) { return NodeBuilder(*scene_, node); }
+
+    Geometry* AddGeometry(const std::string& name, uint64_t id) {
+        auto* geometry = new Geometry();
+        geometry->name = name;
+        geometry->id = id;
+        scene_->geometries.Add(geometry);
+        return geometry;
+    }
+    // A new mesh instance appended to the geometry.
+    MeshBuilder AddMesh(Geometry* geometry) {
+        auto* instance = new MeshInstance();
+        geometry->meshInstances.push_back(instance);
+        return MeshBuilder(instance);
+    }
+    // Vertex data, skins and morphs are freed through the mesh instances that use them.
+    static VertexData* NewVertices() { return new VertexData(); }
+    static Skin* NewSkin(std::vector<int64_t> joints) {
+        auto* skin = new Skin();
+        skin->joints = std::move(joints);
+        skin->inverseBindMatrices.resize(skin->joints.size());
+        return skin;
+    }
+    static Morph* NewMorph(std::initializer_list<MorphTarget*> targets) {
+        auto* morph = new Morph();
+        morph->targets = targets;
+        return morph;
+    }
+    // A dense target: positions and normals three floats per vertex.
+    static MorphTarget* NewTarget(const std::string& name, std::vector<float> positions, std::vector<float> normals) {
+        auto* target = new MorphTarget(static_cast<uint32_t>(positions.size() / 3));
+        target->name = name;
+        target->deltaPositions = std::move(positions);
+        target->deltaNormals = std::move(normals);
+        return target;
+    }
+
+    Material* AddMaterial(const std::string& name, uint64_t id) {
+        auto* material = new Material();
+        material->name = name;
+        material->id = id;
+        scene_->materials.Add(material);
+        return material;
+    }
+    Texture* AddTexture(const std::string& name, uint64_t id, const std::string& uri) {
+        auto* texture = new Texture();
+        texture->name = name;
+        texture->id = id;
+        texture->uri = uri;
+        scene_->textures.Add(texture);
+        return texture;
+    }
+    Animation* AddAnimation(const std::string& name, float duration) {
+        auto* animation = new Animation();
+        animation->name = name;
+        animation->duration = duration;
+        scene_->AddAnimation(animation);
+        return animation;
+    }
+
+    Scene& scene() { return *scene_; }
+
+private:
+    std::unique_ptr<Scene> scene_;
+};
+
+// Keys and values of a channel in one call.
+inline VectorChannel Channel(int32_t interpolation, std::vector<float> times, std::vector<Vec3> values,
+                             Vec3 defaultValue = {}) {
+    VectorChannel channel;
+    channel.interpolation = interpolation;
+    channel.times = std::move(times);
+    channel.values = std::move(values);
+    channel.defaultValue = defaultValue;
+    return channel;
+}
+
+}  // namespace testing_scene

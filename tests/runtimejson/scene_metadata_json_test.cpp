@@ -1,0 +1,117 @@
+#include "runtimejson/scene_metadata_json.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "expected_file.h"
+#include "scene_builder.h"
+
+namespace {
+
+using namespace testing_scene;
+
+TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
+    SceneBuilder b;
+    auto root = b.Root();
+    Material* skinMat = b.AddMaterial("skinMat", 1);
+    Material* propMat = b.AddMaterial("propMat", 2);
+    Material ghost;  // not in the dictionary
+    ghost.name = "ghost";
+
+    VertexData* bodyVertices = SceneBuilder::NewVertices();
+    bodyVertices->positions.assign(12, 0.0f);
+    bodyVertices->normals.assign(12, 0.0f);
+    Geometry* bodyMesh = b.AddGeometry("bodyMesh", 10);
+    b.AddMesh(bodyMesh).Vertices(bodyVertices).Indices({0, 1, 2, 0, 2, 3}).WithSkin(SceneBuilder::NewSkin({5, 6, 77}))
+        .WithMaterial(skinMat);
+    b.AddMesh(bodyMesh).Vertices(bodyVertices).Type(1);  // lines add no triangles
+
+    VertexData* propVertices = SceneBuilder::NewVertices();
+    propVertices->positions.assign(9, 0.0f);
+    propVertices->colors.assign(12, 0.5f);
+    propVertices->joints.assign(12, 0);
+    propVertices->weights.assign(12, 0.25f);
+    propVertices->texCoords[0].assign(6, 0.0f);
+    propVertices->texCoords[1].assign(6, 0.0f);
+    propVertices->texCoords[2].assign(6, 0.0f);
+    Geometry* propMesh = b.AddGeometry("propMesh", 11);
+    b.AddMesh(propMesh).Vertices(propVertices).Compressed().WithMaterial(propMat);
+    b.AddMesh(propMesh).WithMaterial(&ghost);
+
+    VertexData* rigVertices = SceneBuilder::NewVertices();
+    rigVertices->positions.assign(9, 0.0f);
+    Geometry* rigMesh = b.AddGeometry("rigMesh", 12);
+    b.AddMesh(rigMesh).Vertices(rigVertices).Indices({0, 1, 2}).WithSkin(SceneBuilder::NewSkin({4, 7}));
+
+    Camera camera;
+    camera.projection = 2;
+    camera.nearClip = 0.5f;
+    camera.farClip = 100.0f;
+    camera.fov = 60.0f;
+    root.Child("cam", 1).WithCamera(camera).WithGeometry(bodyMesh);  // the camera wins
+    Light point;
+    point.type = 1;
+    point.falloffMode = 3;
+    point.range = 5.0f;
+    Light spot;
+    spot.type = 2;
+    root.Child("lamp", 2).Position(1, 2, 3).WithLight(point).Child("spotty", 3).WithLight(spot);
+    root.Child("body", 4).WithGeometry(bodyMesh).Child("hip", 5).Child("knee", 6).ScaleCompensation();
+    root.Child("prop", 7).WithGeometry(propMesh);
+    root.Child("rootskin", 8).WithGeometry(rigMesh);
+    Light directional;
+    directional.castShadows = true;
+    directional.falloffMode = 1;  // has no place on a directional light
+    root.Child("dirlight", 9).Rotation(0, -90, 0).WithLight(directional);
+
+    const std::string path = ::testing::TempDir() + "scene_metadata_test.json";
+    ASSERT_TRUE(WriteSceneMetadataJson(path, b.scene()));
+    EXPECT_EQ(ReadFileBytes(path), ExpectedPretty("scene_metadata_pretty.json.txt"));
+    std::remove(path.c_str());
+}
+
+TEST(SceneMetadataJson, EmptySceneHasEmptyListsAndNoRootEntity) {
+    SceneBuilder b;
+    b.Root();
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildSceneMetadataJson(b.scene())),
+              R"({"scene":{"version":1,"assets":{"renders":[],"materials":[]},"entities":{}}})");
+}
+
+TEST(SceneMetadataJson, RootBoneOfAJointThatIsItsOwnAncestor) {
+    SceneBuilder b;
+    auto root = b.Root();
+    Geometry* g = b.AddGeometry("g", 1);
+    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({99, 3}));  // unknown first joint is skipped
+    root.Child("mesh", 1).WithGeometry(g);
+    root.Child("arm", 2).Child("hand", 3);
+    const JsonValue render =
+        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
+    EXPECT_EQ(render.Get("rootBone").Text(), "2");
+}
+
+TEST(SceneMetadataJson, NoRootBoneWithoutAKnownJoint) {
+    SceneBuilder b;
+    auto root = b.Root();
+    Geometry* g = b.AddGeometry("g", 1);
+    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({99}));
+    root.Child("mesh", 1).WithGeometry(g);
+    const JsonValue render =
+        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
+    EXPECT_FALSE(render.Has("rootBone"));
+    EXPECT_TRUE(render.Has("materials"));
+}
+
+TEST(SceneMetadataJson, FalloffStaysOffAnEntityWhoseCameraWins) {
+    SceneBuilder b;
+    auto root = b.Root();
+    Light point;
+    point.type = 1;
+    root.Child("both", 1).WithCamera(Camera()).WithLight(point);
+    const JsonValue entity = BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0");
+    EXPECT_FALSE(entity.Has("falloffMode"));
+    EXPECT_FALSE(entity.Has("range"));
+    EXPECT_TRUE(entity.Get("components").Has("camera"));
+}
+
+}  // namespace
