@@ -160,7 +160,15 @@ void JsonEmitter::Raw(std::string_view text) {
 }
 
 void JsonEmitter::Scalar(const JsonValue& value) {
-    switch (value.Kind()) {
+    uint32_t kind = value.Kind();
+    if (value.IsInline() && (kind == kJsonNumber || kind == kJsonBool)) {
+        // The common case of big arrays: copy the whole inline slot, keep its length.
+        char* out = sink_.Room(sizeof value.raw_);
+        std::memcpy(out, value.raw_, sizeof value.raw_);
+        sink_.Commit(JsonData::InlineText(value).size());
+        return;
+    }
+    switch (kind) {
         case kJsonNull:
             sink_.Write("null", 4);
             break;

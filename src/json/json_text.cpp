@@ -17,7 +17,8 @@ struct PowersOfTen {
 };
 constexpr PowersOfTen kPow10;
 
-int DecimalDigits(u128 n) {
+template <typename T>
+int DecimalDigits(T n) {
     int digits = 1;
     while (digits < 39 && n >= kPow10.value[digits]) ++digits;
     return digits;
@@ -36,14 +37,21 @@ uint32_t RoundHalfEven(T quotient, T remainder, T half) {
 // smallest magnitudes, left to the library routine.
 bool RoundToSixDigits(uint32_t m, int e, uint32_t& digits, int& exponent) {
     if (e >= 0) {
-        u128 v = static_cast<u128>(m) << e;
-        exponent = DecimalDigits(v) - 1;
-        if (exponent < 6) {
-            digits = static_cast<uint32_t>(v * kPow10.value[5 - exponent]);
-            return true;
+        if (e <= 40) {  // below 2^64: 64-bit division is much cheaper
+            uint64_t v = static_cast<uint64_t>(m) << e;
+            exponent = DecimalDigits(v) - 1;
+            if (exponent < 6) {
+                digits = static_cast<uint32_t>(v * static_cast<uint64_t>(kPow10.value[5 - exponent]));
+                return true;
+            }
+            uint64_t divisor = static_cast<uint64_t>(kPow10.value[exponent - 5]);
+            digits = RoundHalfEven<uint64_t>(v / divisor, v % divisor, divisor / 2);
+        } else {
+            u128 v = static_cast<u128>(m) << e;
+            exponent = DecimalDigits(v) - 1;
+            u128 divisor = kPow10.value[exponent - 5];
+            digits = RoundHalfEven<u128>(v / divisor, v % divisor, divisor / 2);
         }
-        u128 divisor = kPow10.value[exponent - 5];
-        digits = RoundHalfEven<u128>(v / divisor, v % divisor, divisor / 2);
     } else {
         int s = -e;
         if (s > 100) return false;
@@ -60,13 +68,21 @@ bool RoundToSixDigits(uint32_t m, int e, uint32_t& digits, int& exponent) {
             }
         } else {
             // v < 1: find the first j with m * 10^j >= 2^s; the exponent is -j.
-            u128 one = u128{1} << s;
             int j = s > 24 ? static_cast<int>((s - 24) * 0.30103) : 1;
             if (j < 1) j = 1;
-            while (static_cast<u128>(m) * kPow10.value[j] < one) ++j;
+            if (s <= 44) {
+                // Here j <= 7, so m * 10^(5 + j) stays below 2^64.
+                uint64_t one = uint64_t{1} << s;
+                while (m * static_cast<uint64_t>(kPow10.value[j]) < one) ++j;
+                uint64_t n = m * static_cast<uint64_t>(kPow10.value[5 + j]);
+                digits = RoundHalfEven<uint64_t>(n >> s, n & (one - 1), one >> 1);
+            } else {
+                u128 one = u128{1} << s;
+                while (static_cast<u128>(m) * kPow10.value[j] < one) ++j;
+                u128 n = static_cast<u128>(m) * kPow10.value[5 + j];
+                digits = RoundHalfEven<u128>(n >> s, n & (one - 1), one >> 1);
+            }
             exponent = -j;
-            u128 n = static_cast<u128>(m) * kPow10.value[5 + j];
-            digits = RoundHalfEven<u128>(n >> s, n & (one - 1), one >> 1);
         }
     }
     if (digits == 1000000) {
