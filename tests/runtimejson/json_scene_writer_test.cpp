@@ -71,10 +71,4 @@ TEST_F(JsonSceneWriter, NoRoleWritesNoFile) {
     EXPECT_FALSE(std::ifstream(path).good());
 }
 
-TEST_F(JsonSceneWriter, UnwritablePathIsReportedByTheResult) {
-    ExportOptions options;
-    options.exportMetadata = true;
-    EXPECT_FALSE(WriteJsonScene(::testing::TempDir() + "no/such/dir/out.json", b.scene(), options));
-}
-
 }  // namespace

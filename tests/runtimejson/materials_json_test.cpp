@@ -91,12 +91,6 @@ TEST_F(MaterialsFile, WholeCompactDocument) {
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(b.scene())), ExpectedCompact("materials_compact.json.txt"));
 }
 
-TEST_F(MaterialsFile, MaterialWithoutTexturesHasFortyThreeParameters) {
-    const JsonValue materials = BuildMaterialsJson(b.scene()).Get("materialInfo").Get("materials");
-    EXPECT_EQ(materials.Member(1).Get("parameters").Count(), 43u);
-    EXPECT_EQ(materials.Member(0).Get("parameters").Count(), 43u + 22u);
-}
-
 TEST(MaterialsJson, EmptySceneStillHasAllArrays) {
     SceneBuilder b;
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(b.scene())),

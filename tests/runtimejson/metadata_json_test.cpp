@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-
-#include "expected_file.h"
 #include "scene_builder.h"
 
 namespace {
@@ -36,20 +33,6 @@ TEST(MetadataJson, CountsDistinctRecordsAndEveryPair) {
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMetadataJson(b.scene())),
               R"({"meshes":4,"meshInstances":6,"nodes":4,"skins":1,"morphs":1,"vertices":7,"triangles":5,)"
               R"("attributes":{"position":2,"normal":1,"color":1,"texCoord1":1}})");
-}
-
-TEST(MetadataJson, PrettyOnlyWhenAsked) {
-    SceneBuilder b;
-    b.Root();
-    const std::string path = ::testing::TempDir() + "metadata_test.json";
-    ASSERT_TRUE(WriteMetadataJson(path, b.scene(), false));
-    EXPECT_EQ(ReadFileBytes(path),
-              R"({"meshes":0,"meshInstances":0,"nodes":1,"skins":0,"morphs":0,"vertices":0,"triangles":0,"attributes":{}})");
-    ASSERT_TRUE(WriteMetadataJson(path, b.scene(), true));
-    EXPECT_EQ(ReadFileBytes(path),
-              "{\n\t\"meshes\": 0,\n\t\"meshInstances\": 0,\n\t\"nodes\": 1,\n\t\"skins\": 0,\n\t\"morphs\": 0,\n"
-              "\t\"vertices\": 0,\n\t\"triangles\": 0,\n\t\"attributes\": {\n\n\t}\n}");
-    std::remove(path.c_str());
 }
 
 }  // namespace

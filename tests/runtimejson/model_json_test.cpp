@@ -20,17 +20,12 @@ std::string TempPath(const char* name) { return ::testing::TempDir() + name; }
 
 TEST(ModelJson, RootAloneHasEmptyListsWritten) {
     SceneBuilder b;
+    EXPECT_EQ(WriteText(BuildModelJson(b.scene()), NoFormat),  // no root at all
+              R"({"model":{"version":3,"nodes":[],"parents":[],"skins":[],"morphs":[],"vertices":[],"meshes":[],"meshInstances":[]}})");
     b.Root("only");
     EXPECT_EQ(WriteText(BuildModelJson(b.scene()), NoFormat),
               R"({"model":{"version":3,"nodes":[{"name":"only","position":[0,0,0],"rotation":[0,0,0],)"
               R"("scale":[1,1,1],"scaleCompensation":false}],"parents":[-1],"skins":[],"morphs":[],)"
-              R"("vertices":[],"meshes":[],"meshInstances":[]}})");
-}
-
-TEST(ModelJson, SceneWithoutRootWritesEmptyLists) {
-    SceneBuilder b;
-    EXPECT_EQ(WriteText(BuildModelJson(b.scene()), NoFormat),
-              R"({"model":{"version":3,"nodes":[],"parents":[],"skins":[],"morphs":[],)"
               R"("vertices":[],"meshes":[],"meshInstances":[]}})");
 }
 
