@@ -47,6 +47,8 @@ while IFS= read -r -d '' file; do
     reason="sanitizer report"
   elif [ "$code" -eq 1 ] && ! grep -q "Failed to load scene." "$out/stdout"; then
     reason="exit 1 without a refusal message"
+  elif [ "$code" -ne 0 ] && [[ "$file" == */glb/valid/* ]]; then
+    reason="a valid file was refused: $(head -c 300 "$out/stderr")"
   else
     reason="$(check_outputs "$file" "$out" "$code")"
   fi
