@@ -1,0 +1,138 @@
+// A scene unwrapped and compressed as `-u true -C draco` does, written as GLB, checked by the
+// Khronos validator and read back through our own loader, which decodes the Draco streams.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <memory>
+
+#include "gltf/glb_writer.h"
+#include "gltf/gltf_loader.h"
+#include "meshpost/meshpost.h"
+#include "test_meshes.h"
+#include "write_test_support.h"
+
+namespace {
+
+struct Triangle {
+    float p[3][3];
+    float uv[3][2];
+};
+
+std::vector<Triangle> Triangles(const MeshInstance& mi, int uvSet) {
+    std::vector<Triangle> out;
+    const VertexData& vd = *mi.vertices;
+    const std::vector<uint32_t>& idx = *mi.indices;
+    for (size_t t = 0; t + 2 < idx.size(); t += 3) {
+        Triangle tri{};
+        for (int k = 0; k < 3; ++k) {
+            for (int c = 0; c < 3; ++c) tri.p[k][c] = vd.positions[size_t(idx[t + k]) * 3 + c];
+            for (int c = 0; c < 2; ++c) tri.uv[k][c] = vd.texCoords[uvSet][size_t(idx[t + k]) * 2 + c];
+        }
+        out.push_back(tri);
+    }
+    return out;
+}
+
+// Every read triangle has a written one with corners (in the same cyclic order) within
+// `posTol` in position and `uvTol` in UV.
+void ExpectSameTriangles(const std::vector<Triangle>& written, const std::vector<Triangle>& read, float posTol,
+                         float uvTol) {
+    ASSERT_EQ(read.size(), written.size());
+    for (const Triangle& r : read) {
+        bool found = false;
+        for (const Triangle& w : written) {
+            for (int rot = 0; rot < 3 && !found; ++rot) {
+                bool close = true;
+                for (int k = 0; k < 3 && close; ++k) {
+                    const int j = (k + rot) % 3;
+                    for (int c = 0; c < 3; ++c) close = close && std::fabs(r.p[k][c] - w.p[j][c]) <= posTol;
+                    for (int c = 0; c < 2; ++c) close = close && std::fabs(r.uv[k][c] - w.uv[j][c]) <= uvTol;
+                }
+                found = close;
+            }
+            if (found) break;
+        }
+        EXPECT_TRUE(found) << "read triangle at " << r.p[0][0] << " " << r.p[0][1] << " " << r.p[0][2];
+    }
+}
+
+}  // namespace
+
+TEST(DracoGlb, UnwrappedCompressedSceneValidatesAndReadsBack) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* cube = NewGeometry(scene, "cube", 0);
+    Geometry* tube = NewGeometry(scene, "tube", 1);
+    Geometry* morphed = NewGeometry(scene, "morphed", 2);
+    {
+        auto* vd = new VertexData;
+        std::vector<uint32_t> idx;
+        MakeCube(*vd, idx);
+        for (size_t v = 0; v < vd->positions.size() / 3; ++v)
+            vd->texCoords[0].insert(vd->texCoords[0].end(), {0.1f * float(v % 7), 0.05f * float(v % 11)});
+        NewInstance(*cube, vd, idx);
+    }
+    {
+        auto* vd = new VertexData;
+        std::vector<uint32_t> idx;
+        MakeCylinder(*vd, idx, 20);
+        NewInstance(*tube, vd, idx);
+    }
+    {
+        auto* vd = new VertexData;
+        std::vector<uint32_t> idx;
+        MakeCube(*vd, idx, 2.0f);
+        MeshInstance* mi = NewInstance(*morphed, vd, idx);
+        mi->morph = new Morph;
+        auto* target = new MorphTarget(uint32_t(vd->positions.size() / 3));
+        target->name = "grow";
+        for (size_t i = 0; i < target->deltaPositions.size(); ++i) target->deltaPositions[i] = 0.1f * vd->positions[i];
+        Compact(*target, 1.1920929e-7f);
+        mi->morph->targets.push_back(target);
+    }
+    GraphNode* a = NewNode("cube", 1, scene.root);
+    a->geometry = cube;
+    GraphNode* b = NewNode("tube", 2, scene.root);
+    b->geometry = tube;
+    GraphNode* c = NewNode("morphed", 3, scene.root);
+    c->geometry = morphed;
+
+    UnwrapScene(scene, 16.0f);
+    CompressScene(scene, DracoOptions());
+    ASSERT_TRUE(cube->meshInstances[0]->compressed);
+    ASSERT_TRUE(tube->meshInstances[0]->compressed);
+    ASSERT_FALSE(morphed->meshInstances[0]->compressed);
+
+    std::string path;
+    const GlbParts glb = WriteAndRead(scene, ModelOptions(), "meshpost_draco", &path);
+    ASSERT_TRUE(glb.ok) << glb.error;
+    EXPECT_NE(glb.json.find("\"KHR_draco_mesh_compression\""), std::string::npos);
+
+    std::unique_ptr<Scene> back(LoadGltf(path, ConversionOptions()));
+    ASSERT_TRUE(back);
+    // The writer names nodes, not meshes: find each geometry through its node.
+    std::map<std::string, const Geometry*> byName;
+    ASSERT_TRUE(back->root);
+    for (const GraphNode* node : back->root->children)
+        if (node && node->geometry) byName[node->name] = node->geometry;
+    ASSERT_EQ(byName.size(), 3u);
+
+    // Positions within 11 bits over the unit extent, UVs within 10 bits.
+    const float pos11 = 1.0f / 2047, uv10 = 1.0f / 1023;
+    const MeshInstance& cubeBack = *byName.at("cube")->meshInstances.at(0);
+    ASSERT_TRUE(cubeBack.vertices && cubeBack.indices);
+    ASSERT_FALSE(cubeBack.vertices->texCoords[1].empty());  // the lightmap set after set 0
+    ExpectSameTriangles(Triangles(*cube->meshInstances[0], 0), Triangles(cubeBack, 0), pos11, 1.0f / 1023 * 0.6f);
+    ExpectSameTriangles(Triangles(*cube->meshInstances[0], 1), Triangles(cubeBack, 1), pos11, uv10);
+
+    const MeshInstance& tubeBack = *byName.at("tube")->meshInstances.at(0);
+    ASSERT_TRUE(tubeBack.vertices && tubeBack.indices);
+    ASSERT_TRUE(tubeBack.vertices->texCoords[1].empty());  // the only set is the lightmap one
+    ExpectSameTriangles(Triangles(*tube->meshInstances[0], 0), Triangles(tubeBack, 0), pos11, uv10);
+
+    // The uncompressed morph mesh comes back exactly.
+    const MeshInstance& morphBack = *byName.at("morphed")->meshInstances.at(0);
+    EXPECT_EQ(morphBack.vertices->positions, morphed->meshInstances[0]->vertices->positions);
+    EXPECT_EQ(*morphBack.indices, *morphed->meshInstances[0]->indices);
+}
