@@ -104,7 +104,8 @@ JsonValue::JsonValue(const std::string& text) {
     AssignScalar(kJsonString, Unescape(text));
 }
 
-JsonValue::JsonValue(const char* text) : JsonValue(std::string(text)) {}
+// A null pointer reads as an empty string rather than faulting.
+JsonValue::JsonValue(const char* text) : JsonValue(std::string(text ? text : "")) {}
 
 JsonValue::JsonValue(int32_t number) {
     char buf[16];
@@ -169,7 +170,7 @@ void JsonValue::Set(const std::string& text) {
 }
 
 void JsonValue::Set(const char* text) {
-    if (IsScalarKind(Kind())) SetScalar(kJsonString, Unescape(text));
+    if (IsScalarKind(Kind())) SetScalar(kJsonString, Unescape(text ? text : ""));
 }
 
 void JsonValue::Set(int32_t number) {

@@ -14,76 +14,71 @@ namespace {
 
 const JsonFormat kFormats[] = {NoFormat, StandardFormat, {false, true, false, 0}, {true, false, false, 3}};
 
-// Random content, fed both to a value tree and to an emitter. Strings mix in
+// Random content, emitted and built as a tree in the same walk. Strings mix in
 // backslashes, escape pairs and control bytes so the two escaping paths meet.
 class Content {
 public:
     explicit Content(uint32_t seed) : random_(seed) {}
 
-    JsonValue Tree(int depth) {
+    JsonValue EmitAndBuild(JsonEmitter& out, int depth) {
         switch (Pick(depth > 0 ? 8 : 6)) {
-            case 0: return JsonValue(Text());
-            case 1: return JsonValue(Float());
-            case 2: return JsonValue(static_cast<int32_t>(random_()));
-            case 3: return JsonValue(static_cast<uint32_t>(random_()));
-            case 4: return JsonValue(Pick(2) == 0);
-            case 5: return JsonValue(kJsonNull, "");
+            case 0: {
+                std::string text = Text();
+                out.String(text);
+                return JsonValue(text);
+            }
+            case 1: {
+                uint32_t bits = static_cast<uint32_t>(random_());
+                float value;
+                std::memcpy(&value, &bits, sizeof value);
+                out.Number(value);
+                return JsonValue(value);
+            }
+            case 2: {
+                int32_t value = static_cast<int32_t>(random_());
+                out.Number(value);
+                return JsonValue(value);
+            }
+            case 3: {
+                uint32_t value = static_cast<uint32_t>(random_());
+                out.Number(value);
+                return JsonValue(value);
+            }
+            case 4:
+                out.Bool(depth % 2 == 0);
+                return JsonValue(depth % 2 == 0);
+            case 5:
+                out.Null();
+                return JsonValue(kJsonNull, "");
             case 6: {
                 JsonValue object = JsonValue::Object();
+                out.BeginObject();
                 for (int n = Pick(5); n > 0; --n) {
-                    std::string name = Name();
-                    object.Add(name, Tree(depth - 1));
+                    std::string name = "n" + std::to_string(Pick(4));
+                    out.Name(name);
+                    object.Add(name, EmitAndBuild(out, depth - 1));
                 }
+                out.EndObject();
                 return object;
             }
             default: {
                 JsonValue array = JsonValue::Array();
-                for (int n = Pick(5); n > 0; --n) array.Add(Tree(depth - 1));
+                out.BeginArray();
+                for (int n = Pick(5); n > 0; --n) array.Add(EmitAndBuild(out, depth - 1));
+                out.EndArray();
                 return array;
             }
         }
     }
 
-    // Replays the same random choices as Tree, into the emitter.
-    void Emit(JsonEmitter& out, int depth) {
-        switch (Pick(depth > 0 ? 8 : 6)) {
-            case 0: out.String(Text()); break;
-            case 1: out.Number(Float()); break;
-            case 2: out.Number(static_cast<int32_t>(random_())); break;
-            case 3: out.Number(static_cast<uint32_t>(random_())); break;
-            case 4: out.Bool(Pick(2) == 0); break;
-            case 5: out.Null(); break;
-            case 6:
-                out.BeginObject();
-                for (int n = Pick(5); n > 0; --n) {
-                    out.Name(Name());
-                    Emit(out, depth - 1);
-                }
-                out.EndObject();
-                break;
-            default:
-                out.BeginArray();
-                for (int n = Pick(5); n > 0; --n) Emit(out, depth - 1);
-                out.EndArray();
-                break;
-        }
-    }
-
 private:
     int Pick(int n) { return static_cast<int>(random_() % static_cast<uint32_t>(n)); }
-    float Float() {
-        uint32_t bits = random_();
-        float value;
-        std::memcpy(&value, &bits, sizeof value);
-        return value;
-    }
     std::string Text() {
         static const char kPieces[][4] = {"a", "\\", "\\n", "\\u", "/", "\"", "\x01", "\x1f", "\xe9", " ", "\\\\"};
         std::string text;
         for (int n = Pick(6); n > 0; --n) text += kPieces[Pick(11)];
         return text;
     }
-    std::string Name() { return "n" + std::to_string(Pick(4)); }
 
     std::mt19937 random_;
 };
@@ -91,12 +86,12 @@ private:
 TEST(JsonEmitter, SameBytesAsTheWriterForEveryFormat) {
     for (const JsonFormat& format : kFormats) {
         for (uint32_t seed = 1; seed <= 300; ++seed) {
-            JsonValue tree = Content(seed).Tree(4);
             std::string streamed;
+            JsonValue tree;
             {
                 JsonStringSink sink(streamed);
                 JsonEmitter out(sink, format);
-                Content(seed).Emit(out, 4);
+                tree = Content(seed).EmitAndBuild(out, 4);
             }
             ASSERT_EQ(streamed, JsonWriter(format).WriteString(tree)) << "seed " << seed;
         }

@@ -61,14 +61,6 @@ TEST(JsonWriter, BlankIndentOfChosenWidth) {
     EXPECT_EQ(JsonWriter(flat).WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
 }
 
-TEST(JsonWriter, SetFormatSwitchesLayout) {
-    JsonWriter writer;
-    writer.SetFormat(StandardFormat);
-    EXPECT_EQ(writer.WriteString(JsonValue::Array()), "[\n\n]");
-    writer.SetFormat(NoFormat);
-    EXPECT_EQ(writer.WriteString(JsonValue::Array()), "[]");
-}
-
 TEST(JsonWriter, StringsEscapedNamesVerbatim) {
     JsonValue root = JsonValue::Object();
     root.Add("na\"me/", JsonValue("a/b\\tc\x18"));
@@ -86,12 +78,6 @@ TEST(JsonWriter, ScalarsAndNullHandlesAtTopLevel) {
     root.Add("gap", JsonValue());
     root.Add("next", JsonValue(int32_t{1}));
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(root), "{\"gap\":,\"next\":1}");
-}
-
-TEST(JsonWriter, StreamAndStringAgree) {
-    std::ostringstream out;
-    JsonWriter(StandardFormat).WriteStream(Sample(), out);
-    EXPECT_EQ(out.str(), JsonWriter(StandardFormat).WriteString(Sample()));
 }
 
 std::string ReadAll(const std::string& path) {
