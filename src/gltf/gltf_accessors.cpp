@@ -1,6 +1,7 @@
 #include "gltf/gltf_accessors.h"
 
 #include <cstring>
+#include <type_traits>
 
 #include "gltf/gltf_convert.h"
 
@@ -41,6 +42,15 @@ std::vector<T> ReadDense(const GltfAccessor& accessor, GltfContext& context, boo
     out.resize(size_t(count * comps));
     const uint8_t* element = bytes.data + accessor.byteOffset;
     T* dst = out.data();
+    if constexpr (std::is_same_v<T, S>) {
+        // Same type on both sides is a plain copy: one block when tightly packed.
+        if (stride == elementSize) {
+            std::memcpy(dst, element, size_t(count * elementSize));
+            return out;
+        }
+        for (uint64_t i = 0; i < count; ++i, element += stride, dst += comps) std::memcpy(dst, element, size_t(elementSize));
+        return out;
+    }
     for (uint64_t i = 0; i < count; ++i, element += stride) {
         for (uint32_t c = 0; c < comps; ++c) {
             S value;
