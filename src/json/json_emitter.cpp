@@ -18,6 +18,23 @@ void JsonEmitter::Indent(size_t level) {
     sink_.Write(indentRun_.data(), size);
 }
 
+// The comma and line end between members, then the member's indent.
+void JsonEmitter::Separate(Frame& frame) {
+    if (frame.count++ > 0) {
+        sink_.Put(',');
+        sink_.Write(newlineText_);
+    }
+    Indent(frames_.size());
+}
+
+void JsonEmitter::WriteName(std::string_view name) {
+    sink_.Put('"');
+    sink_.Write(name);
+    sink_.Put('"');
+    sink_.Put(':');
+    sink_.Write(spacingText_);
+}
+
 void JsonEmitter::Place() {
     if (named_) {
         named_ = false;
@@ -25,32 +42,16 @@ void JsonEmitter::Place() {
     }
     if (frames_.empty()) return;
     Frame& frame = frames_.back();
-    if (frame.count++ > 0) {
-        sink_.Put(',');
-        sink_.Write(newlineText_);
-    }
-    Indent(frames_.size());
-    if (frame.object) {
-        // A value without a name in an object: keep the document well formed.
-        sink_.Write("\"\":", 3);
-        sink_.Write(spacingText_);
-    }
+    Separate(frame);
+    // A value without a name in an object: keep the document well formed.
+    if (frame.object) WriteName("");
 }
 
 void JsonEmitter::Name(std::string_view name) {
     if (frames_.empty() || !frames_.back().object) return;
     if (named_) return;  // a second name for the same value is ignored
-    Frame& frame = frames_.back();
-    if (frame.count++ > 0) {
-        sink_.Put(',');
-        sink_.Write(newlineText_);
-    }
-    Indent(frames_.size());
-    sink_.Put('"');
-    sink_.Write(name);
-    sink_.Put('"');
-    sink_.Put(':');
-    sink_.Write(spacingText_);
+    Separate(frames_.back());
+    WriteName(name);
     named_ = true;
 }
 

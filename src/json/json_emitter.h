@@ -136,6 +136,8 @@ private:
         size_t count;
     };
     void Place();  // comma, line end, indent and name before a value
+    void Separate(Frame& frame);
+    void WriteName(std::string_view name);
     void Open(char bracket, bool object);
     void Close(char bracket);
     void Indent(size_t level);

@@ -238,8 +238,8 @@ size_t JsonValue::Count() const {
 }
 
 std::string_view JsonValue::MemberName(size_t i) const {
-    if (Kind() != kJsonObject) return {};
-    return Data()->names.at(i);
+    if (Kind() != kJsonObject || i >= Data()->names.size()) return {};
+    return Data()->names[i];
 }
 
 const JsonValue& JsonValue::Member(size_t i) const {
