@@ -6,3 +6,17 @@ echo "\$ vurl --version"
 "$vurl" --version
 echo "\$ vurl --help"
 "$vurl" --help
+
+# glTF input: the project's generated sample (textured, skinned, morph-animated) converted
+# to every JSON output, then the manifest.
+gltf_bin="$(cd "$(dirname "$vurl")" && pwd)"
+gltf_demo="out/demo-gltf"
+rm -rf "$gltf_demo"
+mkdir -p "$gltf_demo"
+"$gltf_bin/vurl_make_sample_glb" "$gltf_demo/sample.glb"
+echo "\$ vurl -i sample.glb -m sample.json -r sample_materials.json -a sample_anim.json -d sample_meta.json -g sample_scene.json -n sample_manifest.json"
+(cd "$gltf_demo" && "$gltf_bin/$(basename "$vurl")" -i sample.glb -m sample.json -r sample_materials.json \
+  -a sample_anim.json -d sample_meta.json -g sample_scene.json -n sample_manifest.json)
+echo "\$ cat sample_manifest.json"
+cat "$gltf_demo/sample_manifest.json"
+echo
