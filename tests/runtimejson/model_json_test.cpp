@@ -65,7 +65,8 @@ TEST(ModelJson, CameraAndLightMembersFollowTheNode) {
 }
 
 // Skin with an unknown joint, morphs with an all-zero and a never-compacted target,
-// vertex data shared by two instances, one geometry on two nodes, colours out of range,
+// vertex data shared by two instances, one geometry on two nodes (one with a name to
+// escape), colours out of range,
 // texture coordinate sets 0, 1 and a dropped set 2, non-finite floats.
 class ModelMeshes : public ::testing::Test {
 protected:
@@ -104,7 +105,7 @@ protected:
         b.AddMesh(strip).Vertices(odd).Indices({0, 1, 2, 3}).Type(4).WithMorph(SceneBuilder::NewMorph({dense}));
 
         root.Child("body", 1).WithGeometry(body).Child("joint", 3);
-        root.Child("copy", 4).WithGeometry(body);
+        root.Child("co\"py/\t\\n", 4).WithGeometry(body);  // escapes, and a stored escape pair
         root.Child("strip", 5).WithGeometry(strip);
     }
     SceneBuilder b;
