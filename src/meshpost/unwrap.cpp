@@ -1,5 +1,6 @@
 #include "meshpost/unwrap.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <unordered_set>
@@ -39,15 +40,68 @@ void AppendVertex(const std::vector<T>& from, std::vector<T>& to, size_t compone
     for (size_t c = 0; c < components; ++c) to.push_back(begin + c < from.size() ? from[begin + c] : T(0));
 }
 
-// Every vertex data and index list that the scene reaches, as the scene's teardown sees them.
-void CollectRecords(const Scene& scene, std::unordered_set<VertexData*>& vertexData,
-                    std::unordered_set<std::vector<uint32_t>*>& indexLists) {
+// A target's deltas moved onto the unwrapped vertices: new vertex v takes the delta of the
+// old vertex it came from. A dense target stays dense; a sparse one keeps an entry for each
+// new vertex whose old vertex had one.
+MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh) {
+    auto* target = new MorphTarget;
+    target->name = old.name;
+    target->defaultWeight = old.defaultWeight;
+    target->sourceVertexCount = old.sourceVertexCount;
+    auto appendDeltas = [&](size_t entry) {
+        for (size_t c = 0; c < 3; ++c) {
+            const size_t i = entry * 3 + c;
+            target->deltaPositions.push_back(i < old.deltaPositions.size() ? old.deltaPositions[i] : 0.0f);
+            target->deltaNormals.push_back(i < old.deltaNormals.size() ? old.deltaNormals[i] : 0.0f);
+        }
+    };
+
+    if (old.indices.empty()) {
+        for (uint32_t v = 0; v < mesh.vertexCount; ++v) appendDeltas(mesh.vertexArray[v].xref);
+        target->count = mesh.vertexCount;
+    } else {
+        const size_t entries = std::min<size_t>(old.count, old.indices.size());
+        uint32_t highest = 0;
+        for (size_t e = 0; e < entries; ++e) highest = std::max(highest, old.indices[e]);
+        std::vector<int64_t> entryOf(size_t(highest) + 1, -1);
+        for (size_t e = 0; e < entries; ++e) entryOf[old.indices[e]] = int64_t(e);
+        for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
+            const uint32_t x = mesh.vertexArray[v].xref;
+            if (x >= entryOf.size() || entryOf[x] < 0) continue;
+            target->indices.push_back(v);
+            appendDeltas(size_t(entryOf[x]));
+        }
+        target->count = uint32_t(target->indices.size());
+        target->sourceVertexCount = mesh.vertexCount;
+    }
+
+    target->boundingBox.Reset();
+    target->boundingBox.Extend(Vec3(0.0f, 0.0f, 0.0f));
+    for (size_t i = 0; i + 2 < target->deltaPositions.size(); i += 3)
+        target->boundingBox.Extend(
+            Vec3(target->deltaPositions[i], target->deltaPositions[i + 1], target->deltaPositions[i + 2]));
+    return target;
+}
+
+// Every record that the scene reaches, as the scene's teardown sees them.
+struct SceneRecords {
+    std::unordered_set<VertexData*> vertexData;
+    std::unordered_set<std::vector<uint32_t>*> indexLists;
+    std::unordered_set<Morph*> morphs;
+    std::unordered_set<MorphTarget*> targets;
+};
+
+SceneRecords CollectRecords(const Scene& scene) {
+    SceneRecords records;
     auto addGeometry = [&](const Geometry* g) {
         if (!g) return;
         for (const MeshInstance* mi : g->meshInstances) {
             if (!mi) continue;
-            if (mi->vertices) vertexData.insert(mi->vertices);
-            if (mi->indices) indexLists.insert(mi->indices);
+            if (mi->vertices) records.vertexData.insert(mi->vertices);
+            if (mi->indices) records.indexLists.insert(mi->indices);
+            if (mi->morph && records.morphs.insert(mi->morph).second)
+                for (MorphTarget* t : mi->morph->targets)
+                    if (t) records.targets.insert(t);
         }
     };
     for (const Geometry* g : scene.geometries.items) addGeometry(g);
@@ -61,6 +115,13 @@ void CollectRecords(const Scene& scene, std::unordered_set<VertexData*>& vertexD
         for (const GraphNode* child : node->children)
             if (child) stack.push_back(child);
     }
+    return records;
+}
+
+template <typename T>
+void DeleteUnreached(const std::unordered_set<T*>& before, const std::unordered_set<T*>& after) {
+    for (T* p : before)
+        if (!after.count(p)) delete p;
 }
 
 }  // namespace
@@ -149,12 +210,19 @@ void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, 
 
     instance.vertices = fresh;
     instance.indices = new std::vector<uint32_t>(mesh.indexArray, mesh.indexArray + mesh.indexCount);
+
+    // Morph deltas follow their vertices like every other attribute. The instance gets a
+    // morph of its own, since other instances may share the old one with other vertices.
+    if (instance.morph) {
+        auto* morph = new Morph;
+        morph->targets.reserve(instance.morph->targets.size());
+        for (const MorphTarget* t : instance.morph->targets) morph->targets.push_back(t ? RemapTarget(*t, mesh) : nullptr);
+        instance.morph = morph;
+    }
 }
 
 void UnwrapScene(Scene& scene, float texelsPerMeter) {
-    std::unordered_set<VertexData*> vertexBefore;
-    std::unordered_set<std::vector<uint32_t>*> indicesBefore;
-    CollectRecords(scene, vertexBefore, indicesBefore);
+    const SceneRecords before = CollectRecords(scene);
 
     const auto scales = GeometryWorldScales(scene.root);
     for (Geometry* geometry : scene.geometries.items) {
@@ -166,11 +234,9 @@ void UnwrapScene(Scene& scene, float texelsPerMeter) {
 
     // Records that no instance refers to any more were replaced above; the scene's teardown
     // would not reach them, so they go now.
-    std::unordered_set<VertexData*> vertexAfter;
-    std::unordered_set<std::vector<uint32_t>*> indicesAfter;
-    CollectRecords(scene, vertexAfter, indicesAfter);
-    for (VertexData* vd : vertexBefore)
-        if (!vertexAfter.count(vd)) delete vd;
-    for (std::vector<uint32_t>* list : indicesBefore)
-        if (!indicesAfter.count(list)) delete list;
+    const SceneRecords after = CollectRecords(scene);
+    DeleteUnreached(before.vertexData, after.vertexData);
+    DeleteUnreached(before.indexLists, after.indexLists);
+    DeleteUnreached(before.targets, after.targets);
+    DeleteUnreached(before.morphs, after.morphs);
 }

@@ -27,5 +27,6 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
 
 // Replaces the instance's vertex data and indices by the seam-split vertices of the xatlas
 // output mesh, with the new UV set (divided by width and height) in the first free set.
+// A morph of the instance is replaced by one whose targets follow the new vertices.
 // The old records are not freed: other instances may share them.
 void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, float height);

@@ -338,3 +338,54 @@ TEST(Unwrap, ZeroDensityLetsXatlasChoose) {
     EXPECT_GT(size.width, 8u);
     ExpectInUnitSquare(mi->vertices->texCoords[0]);
 }
+
+TEST(Unwrap, MorphDeltasFollowTheirVertices) {
+    // Two instances share one morph with a sparse and a dense target; each instance gets
+    // a morph of its own, with deltas on the new vertices that came from moved old ones.
+    TestScene ts;
+    auto cyl = Cylinder();
+    const uint32_t n = uint32_t(cyl.first.positions.size() / 3);
+    for (uint32_t v = 0; v < n; ++v) cyl.first.joints.insert(cyl.first.joints.end(), {uint16_t(v), 0, 0, 0});
+    Geometry* g = ts.AddGeometry({cyl, Cube()});
+    ts.AddNode(g, Mat4());
+    auto* sparse = new MorphTarget(n);
+    sparse->name = "sparse";
+    sparse->defaultWeight = 0.5f;
+    for (uint32_t v = 0; v < n; v += 3) sparse->deltaPositions[3 * v + 1] = 1.0f + float(v);
+    Compact(*sparse, 1e-6f);
+    auto* dense = new MorphTarget(n);
+    for (uint32_t v = 0; v < n; ++v) dense->deltaNormals[3 * v] = float(v);
+    auto* shared = new Morph;
+    shared->targets = {sparse, dense};
+    g->meshInstances[0]->morph = shared;
+    g->meshInstances[1]->morph = shared;  // nonsense for the cube's vertices, but legal
+
+    UnwrapScene(ts.scene, 16.0f);
+    const MeshInstance& mi = *g->meshInstances[0];
+    ASSERT_NE(mi.morph, g->meshInstances[1]->morph);
+    ASSERT_EQ(mi.morph->targets.size(), 2u);
+    const MorphTarget& s = *mi.morph->targets[0];
+    const MorphTarget& d = *mi.morph->targets[1];
+    const VertexData& vd = *mi.vertices;
+    const uint32_t m = uint32_t(vd.positions.size() / 3);
+    EXPECT_EQ(s.name, "sparse");
+    EXPECT_EQ(s.defaultWeight, 0.5f);
+    EXPECT_EQ(s.sourceVertexCount, m);
+    ASSERT_EQ(s.indices.size(), s.count);
+    size_t entry = 0;
+    for (uint32_t v = 0; v < m; ++v) {
+        const uint32_t x = vd.joints[4 * v];
+        if (x % 3 == 0) {
+            ASSERT_LT(entry, s.count);
+            EXPECT_EQ(s.indices[entry], v);
+            EXPECT_EQ(s.deltaPositions[3 * entry + 1], 1.0f + float(x));
+            ++entry;
+        }
+        EXPECT_EQ(d.deltaNormals[3 * v], float(x));
+    }
+    EXPECT_EQ(entry, s.count);
+    EXPECT_EQ(d.count, m);
+    EXPECT_TRUE(d.indices.empty());
+    EXPECT_EQ(s.boundingBox.max.y, 1.0f + float((n - 1) / 3 * 3));
+    EXPECT_EQ(s.boundingBox.min.y, 0.0f);
+}
