@@ -20,3 +20,5 @@ echo "\$ vurl -i sample.glb -m sample.json -r sample_materials.json -a sample_an
 echo "\$ cat sample_manifest.json"
 cat "$gltf_demo/sample_manifest.json"
 echo
+echo "\$ vurl -i sample.glb -o sample_draco.glb -g sample_draco_scene.json -u true -C draco"
+(cd "$gltf_demo" && "$gltf_bin/$(basename "$vurl")" -i sample.glb -o sample_draco.glb -g sample_draco_scene.json -u true -C draco)
