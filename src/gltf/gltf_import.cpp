@@ -39,6 +39,25 @@ void CheckIndices(const std::vector<uint32_t>& indices, size_t vertexCount, cons
                             " vertices");
 }
 
+// Every attribute must hold one element per vertex, or later stages would read past the
+// shorter arrays.
+void CheckVertexCounts(const VertexData& v, const std::string& where) {
+    if (v.positions.empty()) return;
+    if (v.positions.size() % 3 != 0)
+        throw GltfError(where + " has " + std::to_string(v.positions.size()) + " POSITION values, not three per vertex");
+    const size_t n = v.positions.size() / 3;
+    auto check = [&](const char* name, size_t size, size_t comps, size_t altComps) {
+        if (size != 0 && size != n * comps && size != n * altComps)
+            throw GltfError(where + " has " + std::to_string(size) + " " + name + " values for " + std::to_string(n) +
+                            " vertices");
+    };
+    check("NORMAL", v.normals.size(), 3, 3);
+    check("COLOR_0", v.colors.size(), 4, 3);
+    check("JOINTS_0", v.joints.size(), 4, 4);
+    check("WEIGHTS_0", v.weights.size(), 4, 4);
+    for (int set = 0; set < 8; ++set) check("TEXCOORD", v.texCoords[set].size(), 2, 2);
+}
+
 // Fills a vector channel from groups of N floats (3 for vectors, 4 for quaternions).
 template <typename V, size_t N>
 void FillGroups(const std::vector<float>& data, bool cubic, std::vector<V>& in, std::vector<V>& values,
@@ -280,18 +299,25 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
         }
         if (primitive.material >= 0) instance->material = ImportMaterial(primitive.material);
         instance->primitiveType = PrimitiveTypeOf(primitive.mode);
-        if (!primitive.targets.empty()) ImportMorphTargets(mesh, primitive, *instance);
+        if (instance->vertices) CheckVertexCounts(*instance->vertices, where);
+        if (!primitive.targets.empty()) ImportMorphTargets(mesh, primitive, *instance, where);
     }
     return geometry;
 }
 
-void GltfImporter::ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance) {
+void GltfImporter::ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance,
+                                      const std::string& where) {
+    const size_t meshVertices = instance.vertices ? instance.vertices->positions.size() / 3 : 0;
     instance.morph = new Morph();
     for (size_t t = 0; t < primitive.targets.size(); ++t) {
         const std::vector<float> positions = ReadAttribute("POSITION", primitive.targets[t], context_);
         const std::vector<float> normals = ReadAttribute("NORMAL", primitive.targets[t], context_);
         if (positions.empty()) continue;  // no target, but t still counts for the names
         const uint32_t vertexCount = uint32_t(positions.size() / 3);
+        // Deltas address the mesh's vertices by index.
+        if (meshVertices != 0 && vertexCount != meshVertices)
+            throw GltfError(where + " morph target " + std::to_string(t) + " has " + std::to_string(vertexCount) +
+                            " vertices for " + std::to_string(meshVertices));
         MorphTarget* target = new MorphTarget(vertexCount);
         instance.morph->targets.push_back(target);
         std::copy_n(positions.begin(), size_t(vertexCount) * 3, target->deltaPositions.begin());

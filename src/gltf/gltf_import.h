@@ -34,7 +34,8 @@ public:
 private:
     GraphNode* ImportNode(size_t index);
     void SetSlot(TextureSlot& slot, int32_t index, int32_t texCoord, const GltfTransformSlot& transform);
-    void ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance);
+    void ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance,
+                            const std::string& where);
 
     GltfContext& context_;
     Scene& scene_;

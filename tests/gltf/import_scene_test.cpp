@@ -103,16 +103,25 @@ TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
     EXPECT_EQ(g->meshInstances[2]->indices, nullptr);
 }
 
-TEST(ImportMeshes, IndicesPastTheVerticesAreRefused) {
+TEST(ImportMeshes, InconsistentCountsAreRefused) {
     ScratchDir dir;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
-    const int idx = glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");
-    GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) +
-                                         R"(},"indices":)" + N(idx) + R"(}]}],"nodes":[{"mesh":0}])"),
-                          context));
-    EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+    const int badIdx = glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");
+    const int twoNormals = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");
+    const int twoDeltas = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");
+    const int flat = glb.AddData(std::vector<float>{0, 0, 1, 0}, kFloat, "VEC2");
+    const std::string position = R"("POSITION":)" + N(pos);
+    for (const std::string& primitive : std::vector<std::string>{
+             R"({"attributes":{)" + position + R"(},"indices":)" + N(badIdx) + "}",
+             R"({"attributes":{)" + position + R"(,"NORMAL":)" + N(twoNormals) + "}}",
+             R"({"attributes":{)" + position + R"(},"targets":[{"POSITION":)" + N(twoDeltas) + "}]}",
+             R"({"attributes":{"POSITION":)" + N(flat) + "}}"}) {
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("meshes":[{"primitives":[)" + primitive + R"(]}],"nodes":[{"mesh":0}])"),
+                              context));
+        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << primitive;
+    }
 }
 
 TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
