@@ -92,7 +92,10 @@ const GraphNode* CommonAncestorOfJoints(const Geometry& geometry, const EntityIn
             auto it = entities.byId.find(static_cast<uint64_t>(joint));
             if (it == entities.byId.end()) continue;
             chain.clear();
-            for (const GraphNode* node = it->second; node; node = node->parent) chain.push_back(node);
+            // No real chain is longer than the entities plus the root; the bound stops a
+            // malformed parent loop.
+            for (const GraphNode* node = it->second; node && chain.size() <= entities.list.nodes.size(); node = node->parent)
+                chain.push_back(node);
             std::reverse(chain.begin(), chain.end());
             if (first) {
                 common = chain;

@@ -43,6 +43,7 @@ V EvaluateChannel(float time, const std::vector<float>& times, const std::vector
     if (time >= times[n - 1]) return values[n - 1];
     auto it = std::lower_bound(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(n), time);
     size_t i = static_cast<size_t>(it - times.begin());
+    if (i == 0) return values[0];  // only a NaN time or key gets here; there is no earlier key
     if (times[i] == time) return values[i];
     float p = times[i - 1], q = times[i];
     float f = (time - p) / (q - p);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <limits>
 
 #include "expected_file.h"
 #include "scene_builder.h"
@@ -94,6 +95,17 @@ TEST(AnimationJson, ValuesShorterThanTimesDoNotReadPastTheKeys) {
               R"({"animation":{"version":4,"name":"short","duration":0,"nodes":[{"name":"root",)"
               R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":0.5,"p":[2,2,2]},)"
               R"({"t":1,"p":[3,3,3]},{"t":2,"p":[3,3,3]}]}]}})");
+}
+
+TEST(AnimationJson, NanKeyTimeDoesNotReadBeforeTheKeys) {
+    Animation animation;
+    animation.name = "nan";
+    AnimationTrack track;
+    track.position = Channel(1, {std::numeric_limits<float>::quiet_NaN(), 1.0f}, {{1, 1, 1}, {2, 2, 2}});
+    animation.tracks.push_back(track);
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {})),
+              R"({"animation":{"version":4,"name":"nan","duration":0,"nodes":[{"name":"missing",)"
+              R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":nan,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
 }
 
 }  // namespace

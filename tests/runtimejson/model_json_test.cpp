@@ -66,8 +66,8 @@ TEST(ModelJson, CameraAndLightMembersFollowTheNode) {
 
 // Skin with an unknown joint, morphs with an all-zero and a never-compacted target,
 // vertex data shared by two instances, one geometry on two nodes (one with a name to
-// escape), colours out of range,
-// texture coordinate sets 0, 1 and a dropped set 2, non-finite floats.
+// escape), colours out of range, texture coordinate sets 0, 1 and a dropped set 2,
+// non-finite floats.
 class ModelMeshes : public ::testing::Test {
 protected:
     void SetUp() override {
