@@ -2,6 +2,7 @@
 // (eight wavy grids with position, normal, texCoord0, joints, weights and 32-bit indices),
 // read by the glTF loader and then compressed with the default options.
 //   bench_meshpost_draco [input.glb]
+//   bench_meshpost_draco --make out.glb   (only writes the generated input, for comparisons)
 // Without an argument the input is generated into the temporary folder and removed after.
 #include <cmath>
 #include <cstdio>
@@ -108,6 +109,11 @@ bool WriteInput(const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 3 && std::string(argv[1]) == "--make") {
+        if (WriteInput(argv[2])) return 0;
+        std::fprintf(stderr, "ERROR: cannot write %s\n", argv[2]);
+        return 1;
+    }
     std::string path;
     const bool generated = argc < 2;
     if (generated) {

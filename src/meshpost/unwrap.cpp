@@ -191,6 +191,10 @@ void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, 
     reserve(old.weights, fresh->weights, 4);
     reserve(old.texCoords[0], fresh->texCoords[0], 2);
 
+    // An atlas without charts (only zero-area faces) has size 0; its coordinates are all 0.
+    if (!(width > 0.0f)) width = 1.0f;
+    if (!(height > 0.0f)) height = 1.0f;
+
     const bool hasSet0 = !old.texCoords[0].empty();
     std::vector<float>& target = fresh->texCoords[hasSet0 ? 1 : 0];
     target.reserve(n * 2);

@@ -389,3 +389,14 @@ TEST(Unwrap, MorphDeltasFollowTheirVertices) {
     EXPECT_EQ(s.boundingBox.max.y, 1.0f + float((n - 1) / 3 * 3));
     EXPECT_EQ(s.boundingBox.min.y, 0.0f);
 }
+
+TEST(Unwrap, DegenerateTrianglesGiveFiniteCoordinates) {
+    // Faces of zero area get no chart; their vertices must still get usable numbers.
+    MeshOwner owner;
+    VertexData data;
+    data.positions = {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1};
+    MeshInstance* mi = owner.Make(data, {0, 1, 2, 3, 3, 3});
+    UnwrapGeometry({mi}, 1.0f, 16.0f);
+    owner.Adopt(mi);
+    for (float f : mi->vertices->texCoords[0]) EXPECT_TRUE(std::isfinite(f)) << f;
+}
