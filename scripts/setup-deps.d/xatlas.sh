@@ -36,7 +36,8 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 
 tmp="$(mktemp -d)"
-trap 'rm -rf "$tmp"' EXIT
+# apt may leave root-owned files in there when it ran through sudo.
+trap '$SUDO rm -rf "$tmp"' EXIT
 mkdir -p "$tmp/parts" "$tmp/lists/partial" "$tmp/work"
 chmod 755 "$tmp" "$tmp/work"
 # apt downloads as its own user where it can; let it write here.
