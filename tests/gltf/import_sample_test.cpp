@@ -5,13 +5,28 @@
 #include <regex>
 
 #include "read_test_util.h"
+#include "runtimejson/json_scene_writer.h"
 
 using namespace gltftest;
 
+namespace {
+
+std::string ReadText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+std::string MakeSample(const ScratchDir& dir) {
+    const std::string path = dir.File("sample.glb");
+    EXPECT_EQ(std::system((std::string(VURL_SAMPLE_GENERATOR) + " '" + path + "' ").c_str()), 0);
+    return path;
+}
+
+}  // namespace
+
 TEST(ImportSample, LoadsTheGeneratedSampleCompletely) {
     ScratchDir dir;
-    const std::string path = dir.File("sample.glb");
-    ASSERT_EQ(std::system((std::string(VURL_SAMPLE_GENERATOR) + " '" + path + "'").c_str()), 0);
+    const std::string path = MakeSample(dir);
 
     ::testing::internal::CaptureStdout();
     std::unique_ptr<Scene> scene(LoadGltf(path, ConversionOptions()));
@@ -98,4 +113,35 @@ TEST(ImportSample, LoadsTheGeneratedSampleCompletely) {
     EXPECT_EQ(wave.tracks[1].rotationQuat.interpolation, 1);
     EXPECT_EQ(wave.tracks[1].rotationQuat.times, (std::vector<float>{0.0f, 0.5f, 1.0f}));
     EXPECT_NEAR(wave.tracks[1].rotationQuat.values[1].z, std::sin(0.3f), 1e-6f);
+    EXPECT_EQ(wave.tracks[1].position.values[1], Vec3(0, 1.25f, 0));
+}
+
+// The expected files were checked value by value against the sample's source data: node
+// walk and parents, inverse binds, the compacted bulge (vertices 4 to 7), flipped texture
+// v, gamma of the base colour (0.8 -> 0.903545, 0.6 -> 0.792793), roughness x 100, the
+// sampler words, and the animation where only the translation track has Euler-side keys.
+TEST(ImportSample, JsonOutputsMatchTheCheckedFiles) {
+    ScratchDir dir;
+    const std::string path = MakeSample(dir);
+    ::testing::internal::CaptureStdout();
+    std::unique_ptr<Scene> scene(LoadGltf(path, ConversionOptions()));
+    ::testing::internal::GetCapturedStdout();
+    ASSERT_TRUE(scene);
+    const std::string expected = VURL_GLTF_EXPECTED_DIR;
+    auto write = [&](const char* name, ExportOptions options) {
+        const std::string out = dir.File(name);
+        ::testing::internal::CaptureStdout();
+        WriteJsonScene(out, *scene, options);
+        ::testing::internal::GetCapturedStdout();
+        return ReadText(out);
+    };
+    ExportOptions model;
+    model.exportModel = true;
+    EXPECT_EQ(write("model.json", model), ReadText(expected + "/model.json"));
+    ExportOptions materials;
+    materials.exportMaterials = true;
+    EXPECT_EQ(write("materials.json", materials), ReadText(expected + "/materials.json"));
+    ExportOptions animation;
+    animation.animations = {"Wave"};
+    EXPECT_EQ(write("animation.json", animation), ReadText(expected + "/animation.json"));
 }

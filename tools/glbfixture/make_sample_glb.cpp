@@ -1,5 +1,6 @@
 // Writes the project's sample GLB: a small textured column with a two-bone skin, one
-// morph target and an animation that bends the top bone and pulses the morph weight.
+// morph target and an animation that bends and lifts the top bone and pulses the morph
+// weight.
 //   vurl_make_sample_glb <out.glb>
 #include <cmath>
 #include <cstdio>
@@ -58,9 +59,11 @@ int main(int argc, char** argv) {
     const float s = std::sin(0.3f), c = std::cos(0.3f);
     const std::vector<float> rotations = {0, 0, 0, 1, 0, 0, s, c, 0, 0, 0, 1};
     const std::vector<float> pulse = {0.0f, 1.0f, 0.0f};
+    const std::vector<float> lift = {0.0f, 1.0f, 0.0f, 0.0f, 1.25f, 0.0f, 0.0f, 1.0f, 0.0f};
     const int time = glb.AddData(times, kFloat, "SCALAR");
     const int rotation = glb.AddData(rotations, kFloat, "VEC4");
     const int weightKeys = glb.AddData(pulse, kFloat, "SCALAR");
+    const int translation = glb.AddData(lift, kFloat, "VEC3");
 
     // An 8 x 8 checker texture.
     std::vector<uint8_t> rgba;
@@ -93,9 +96,11 @@ int main(int argc, char** argv) {
         "\"images\":[{\"name\":\"checker\",\"mimeType\":\"image/png\",\"bufferView\":" + n(image) + "}],"
         "\"animations\":[{\"name\":\"Wave\",\"samplers\":["
         "{\"input\":" + n(time) + ",\"output\":" + n(rotation) + ",\"interpolation\":\"LINEAR\"},"
-        "{\"input\":" + n(time) + ",\"output\":" + n(weightKeys) + ",\"interpolation\":\"STEP\"}],"
+        "{\"input\":" + n(time) + ",\"output\":" + n(weightKeys) + ",\"interpolation\":\"STEP\"},"
+        "{\"input\":" + n(time) + ",\"output\":" + n(translation) + "}],"
         "\"channels\":[{\"sampler\":0,\"target\":{\"node\":2,\"path\":\"rotation\"}},"
-        "{\"sampler\":1,\"target\":{\"node\":0,\"path\":\"weights\"}}]}]";
+        "{\"sampler\":1,\"target\":{\"node\":0,\"path\":\"weights\"}},"
+        "{\"sampler\":2,\"target\":{\"node\":2,\"path\":\"translation\"}}]}]";
     if (!WriteFile(argv[1], glb.Build(members))) {
         std::fprintf(stderr, "cannot write %s\n", argv[1]);
         return 1;
