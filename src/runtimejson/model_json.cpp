@@ -5,93 +5,16 @@
 #include <map>
 #include <string>
 #include <type_traits>
-#include <unordered_map>
 #include <vector>
 
 #include "json/json_emitter.h"
 #include "runtimejson/json_tree_builder.h"
-#include "runtimejson/scene_walk.h"
+#include "runtimejson/model_lists.h"
 #include "runtimejson/output_file.h"
+#include "runtimejson/scene_walk.h"
 #include "scene/console.h"
 
 namespace {
-
-constexpr uint32_t kNone = UINT32_MAX;
-
-struct MeshRef {
-    const MeshInstance* instance;
-    uint32_t vertices;
-    uint32_t skin;   // kNone without a skin
-    uint32_t morph;  // kNone without a morph
-};
-
-struct InstanceRef {
-    uint32_t node;
-    uint32_t mesh;
-};
-
-// First-occurrence lists of everything the meshes of the node list refer to.
-struct ModelLists {
-    NodeList nodeList;
-    std::vector<const VertexData*> vertices;  // a null vertex data is listed too, as an empty record
-    std::vector<const Skin*> skins;
-    std::vector<const Morph*> morphs;
-    std::vector<MeshRef> meshes;
-    std::vector<InstanceRef> instances;
-};
-
-// Index of item in list, appending it on first sight. The map stands in for a linear
-// search of the list, with the same result.
-template <typename T>
-uint32_t IndexOf(const T* item, std::vector<const T*>& list, std::unordered_map<const T*, uint32_t>& seen) {
-    auto [it, inserted] = seen.emplace(item, static_cast<uint32_t>(list.size()));
-    if (inserted) list.push_back(item);
-    return it->second;
-}
-
-ModelLists CollectModelLists(const Scene& scene) {
-    ModelLists lists;
-    lists.nodeList = FlattenNodes(scene.root);
-    std::unordered_map<const VertexData*, uint32_t> vertexSeen;
-    std::unordered_map<const Skin*, uint32_t> skinSeen;
-    std::unordered_map<const Morph*, uint32_t> morphSeen;
-    std::unordered_map<const MeshInstance*, uint32_t> meshSeen;
-    for (size_t n = 0; n < lists.nodeList.nodes.size(); ++n) {
-        ForEachMeshInstance(lists.nodeList.nodes[n], [&](const MeshInstance* instance) {
-            const uint32_t vertices = IndexOf(static_cast<const VertexData*>(instance->vertices), lists.vertices, vertexSeen);
-            const uint32_t skin = instance->skin ? IndexOf(static_cast<const Skin*>(instance->skin), lists.skins, skinSeen) : kNone;
-            const uint32_t morph =
-                instance->morph ? IndexOf(static_cast<const Morph*>(instance->morph), lists.morphs, morphSeen) : kNone;
-            auto [it, inserted] = meshSeen.emplace(instance, static_cast<uint32_t>(lists.meshes.size()));
-            if (inserted) lists.meshes.push_back(MeshRef{instance, vertices, skin, morph});
-            lists.instances.push_back(InstanceRef{static_cast<uint32_t>(n), it->second});
-        });
-    }
-    return lists;
-}
-
-// A target made dense and never compacted stores every vertex in order, so its
-// indices are implicit.
-bool HasImplicitIndices(const MorphTarget& target) { return target.indices.empty() && target.count > 0; }
-
-// What is wrong with a target whose arrays hold less than its count, or empty.
-std::string MorphTargetProblem(const MorphTarget& target) {
-    const size_t count = target.count;
-    if (target.deltaPositions.size() / 3 < count || target.deltaNormals.size() / 3 < count ||
-        (!HasImplicitIndices(target) && target.indices.size() < count))
-        return "morph target '" + target.name + "' holds fewer deltas than its count of " + std::to_string(count);
-    return {};
-}
-
-std::string FindMalformedMorph(const ModelLists& lists) {
-    for (const Morph* morph : lists.morphs)
-        for (const MorphTarget* target : morph->targets)
-            if (target) {
-                std::string problem = MorphTargetProblem(*target);
-                if (!problem.empty()) return problem;
-            }
-    return {};
-}
 
 // The generator below is written once for both outputs: the tree builder and the
 // streaming emitter offer the same calls.
@@ -313,10 +236,10 @@ void EmitMesh(Out& out, const MeshRef& mesh) {
     out.Name("aabb");
     EmitBox(out, instance.boundingBox);
     Field(out, "vertices", mesh.vertices);
-    if (mesh.skin != kNone) {
+    if (mesh.skin != kNoIndex) {
         Field(out, "skin", mesh.skin);
     }
-    if (mesh.morph != kNone) {
+    if (mesh.morph != kNoIndex) {
         Field(out, "morph", mesh.morph);
     }
     if (instance.indices) {
