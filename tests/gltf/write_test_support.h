@@ -46,9 +46,13 @@ ValidatorResult RunValidator(const std::string& path, const std::vector<std::str
 // The errors that our output rules themselves produce, each only where its rule puts it.
 const std::vector<std::string>& PrescribedValidatorErrors();
 
-// Fails the current test when the validator reports any other error; skips it when node
-// is absent.
-void ExpectValidatorClean(const std::string& path);
+// Fails the current test when the validator reports any other error than the prescribed
+// ones and those of `alsoAllowed`; skips it when node is absent.
+void ExpectValidatorClean(const std::string& path, const std::vector<std::string>& alsoAllowed = {});
+
+// The distinct codes of the errors the validator finds in a file; empty without node.
+std::vector<std::string> ValidatorErrorCodes(const std::string& path);
+bool IsDracoCompressed(const std::string& path);
 
 // Little-endian bytes of values, for building expected binary chunks by hand.
 template <typename T>

@@ -1,0 +1,67 @@
+// The GLB container as written: header, padded chunks and back-patched lengths.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "gltf/glb_container_write.h"
+#include "write_test_support.h"
+
+namespace {
+std::vector<uint8_t> FileBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
+void PutText(std::vector<uint8_t>& out, const std::string& text) { out.insert(out.end(), text.begin(), text.end()); }
+
+TEST(GlbContainer, ChunksArePaddedAndLengthsPatched) {
+    JsonValue json = JsonValue::Object();
+    json.Add("a", JsonValue(int32_t(1)));  // {"a":1}: 7 bytes, one blank of padding
+    GlbBuilder builder;
+    builder.data = {1, 2, 3, 4, 5};  // three zero bytes of padding
+    std::string path = TempGlbPath("container");
+    WriteGlbFile(path, json, builder);
+
+    std::vector<uint8_t> expected;
+    PutText(expected, "glTF");
+    PutBytes<uint32_t>(expected, {2, 44, 8});
+    PutText(expected, "JSON{\"a\":1} ");
+    PutBytes<uint32_t>(expected, {8});
+    PutText(expected, std::string("BIN\0", 4));
+    PutBytes<uint8_t>(expected, {1, 2, 3, 4, 5, 0, 0, 0});
+    EXPECT_EQ(FileBytes(path), expected);
+}
+
+TEST(GlbContainer, EmptyBufferStillWritesTheBinaryChunk) {
+    JsonValue json = JsonValue::Object();  // {}: two blanks of padding
+    std::string path = TempGlbPath("container_empty");
+    WriteGlbFile(path, json, GlbBuilder{});
+    std::vector<uint8_t> expected;
+    PutText(expected, "glTF");
+    PutBytes<uint32_t>(expected, {2, 32, 4});
+    PutText(expected, "JSON{}  ");
+    PutBytes<uint32_t>(expected, {0});
+    PutText(expected, std::string("BIN\0", 4));
+    EXPECT_EQ(FileBytes(path), expected);
+}
+
+TEST(GlbContainer, UnwritablePathIsLeftAloneQuietly) {
+    std::string dir = TempGlbPath("a_directory");
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    testing::internal::CaptureStderr();
+    WriteGlbFile(dir, JsonValue::Object(), GlbBuilder{});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(std::filesystem::is_directory(dir));
+}
+
+TEST(GlbValidatorRules, CorpusListMatchesTheTestList) {
+    std::ifstream in(std::string(VURL_SOURCE_DIR) + "/tools/validator/prescribed.txt");
+    ASSERT_TRUE(in) << "tools/validator/prescribed.txt is missing";
+    std::vector<std::string> rules;
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty() && line[0] != '#') rules.push_back(line);
+    EXPECT_EQ(rules, PrescribedValidatorErrors());
+}
+}  // namespace
