@@ -24,7 +24,7 @@ std::string MakeSample(const ScratchDir& dir) {
 
 }  // namespace
 
-TEST(ImportSample, LoadsTheGeneratedSampleCompletely) {
+TEST(ImportSample, SavesTheTextureAndKeepsEveryChannel) {
     ScratchDir dir;
     const std::string path = MakeSample(dir);
 
@@ -39,68 +39,7 @@ TEST(ImportSample, LoadsTheGeneratedSampleCompletely) {
     png.read(head, 4);
     EXPECT_EQ(std::string(head + 1, 3), "PNG");
 
-    // Nodes: one root, so no SceneRoot.
-    ASSERT_TRUE(scene->root);
-    EXPECT_EQ(scene->root->name, "Armature");
-    EXPECT_EQ(scene->root->id, 3u);
-    GraphNode* column = FindNode(scene->root, "Column");
-    GraphNode* top = FindNode(scene->root, "Bone_Top");
-    ASSERT_TRUE(column && top);
-    EXPECT_EQ(top->position, Vec3(0, 1, 0));
-    EXPECT_EQ(top->parent->name, "Bone_Root");
-
-    // Mesh: 12 vertices, 16 triangles, all attributes.
-    ASSERT_TRUE(column->geometry);
-    EXPECT_EQ(column->geometry->name, "Column");
-    ASSERT_EQ(column->geometry->meshInstances.size(), 1u);
-    const MeshInstance& mi = *column->geometry->meshInstances[0];
-    ASSERT_TRUE(mi.vertices && mi.indices);
-    EXPECT_EQ(mi.primitiveType, 3u);
-    EXPECT_EQ(mi.indices->size(), 48u);
-    EXPECT_EQ(mi.vertices->positions.size(), 36u);
-    EXPECT_EQ(mi.vertices->normals.size(), 36u);
-    EXPECT_EQ(mi.vertices->texCoords[0].size(), 24u);
-    EXPECT_EQ(mi.vertices->joints.size(), 48u);
-    EXPECT_EQ(mi.vertices->joints[1], 1u);
-    // The middle ring is weighted half and half between the bones.
-    EXPECT_EQ(mi.vertices->weights[4 * 4], 0.5f);
-    EXPECT_EQ(mi.vertices->weights[4 * 4 + 1], 0.5f);
-
-    // Skin with the top bone's inverse bind one unit down.
-    ASSERT_TRUE(mi.skin);
-    EXPECT_EQ(mi.skin->joints, (std::vector<int64_t>{1, 2}));
-    ASSERT_EQ(mi.skin->inverseBindMatrices.size(), 2u);
-    EXPECT_EQ(mi.skin->inverseBindMatrices[1][13], -1.0f);
-
-    // The bulge moves the middle ring only.
-    ASSERT_TRUE(mi.morph);
-    ASSERT_EQ(mi.morph->targets.size(), 1u);
-    const MorphTarget& bulge = *mi.morph->targets[0];
-    EXPECT_EQ(bulge.name, "Bulge");
-    EXPECT_EQ(bulge.sourceVertexCount, 12u);
-    EXPECT_EQ(bulge.indices, (std::vector<uint32_t>{4, 5, 6, 7}));
-    EXPECT_EQ(bulge.boundingBox.min, Vec3(-0.25f, 0, -0.25f));
-    EXPECT_EQ(bulge.boundingBox.max, Vec3(0.25f, 0, 0.25f));
-
-    // Material: base colour through the gamma, the texture with its sampler.
-    ASSERT_TRUE(mi.material);
-    const Material& m = *mi.material;
-    EXPECT_EQ(m.name, "Checker");
-    EXPECT_EQ(m.diffuse.x, 1.0f);
-    EXPECT_NEAR(m.diffuse.y, 0.90355f, 1e-4f);
-    EXPECT_NEAR(m.diffuse.z, 0.79283f, 1e-4f);
-    EXPECT_EQ(m.metalness, 0.0f);
-    EXPECT_EQ(m.shininess, 0.5f);
-    ASSERT_TRUE(m.diffuseMap.texture);
-    const Texture& t = *m.diffuseMap.texture;
-    EXPECT_EQ(t.name, "CheckerTexture");
-    EXPECT_EQ(t.uri, "checker.png");
-    EXPECT_EQ(t.addressU, 2u);
-    EXPECT_EQ(t.addressV, 3u);
-    EXPECT_EQ(t.minFilter, 3u);
-    EXPECT_EQ(t.magFilter, 1u);
-
-    // Animation: the morph weight track of the column and the rotation of the top bone.
+    // What the JSON files below do not show: the quaternion and weight channels.
     ASSERT_EQ(scene->GetAnimationCount(), 1);
     const Animation& wave = *scene->GetAnimation(0);
     EXPECT_EQ(wave.name, "Wave");
@@ -113,7 +52,6 @@ TEST(ImportSample, LoadsTheGeneratedSampleCompletely) {
     EXPECT_EQ(wave.tracks[1].rotationQuat.interpolation, 1);
     EXPECT_EQ(wave.tracks[1].rotationQuat.times, (std::vector<float>{0.0f, 0.5f, 1.0f}));
     EXPECT_NEAR(wave.tracks[1].rotationQuat.values[1].z, std::sin(0.3f), 1e-6f);
-    EXPECT_EQ(wave.tracks[1].position.values[1], Vec3(0, 1.25f, 0));
 }
 
 // The expected files were checked value by value against the sample's source data: node

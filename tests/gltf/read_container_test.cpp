@@ -135,20 +135,3 @@ TEST(ReadContainer, BinaryChunkBeyondTheFileIsRefused) {
     EXPECT_EQ(err.rfind("ERROR: ", 0), 0u) << err;
     EXPECT_NE(err.find("in.glb"), std::string::npos);
 }
-
-TEST(BoundedFileStream, StopsAtTheEndOfItsRange) {
-    ScratchDir dir;
-    const std::string path = dir.File("range.bin");
-    ASSERT_TRUE(glbfixture::WriteFile(path, Text("abcdef")));
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    ASSERT_NE(f, nullptr);
-    std::fseek(f, 1, SEEK_SET);
-    auto stream = std::make_unique<BoundedFileStream>(f, 3);
-    std::string got;
-    while (stream->Peek() != '\0') got.push_back(stream->Take());
-    EXPECT_EQ(got, "bcd");
-    EXPECT_EQ(stream->Tell(), 3u);
-    EXPECT_EQ(stream->Take(), '\0');
-    EXPECT_EQ(stream->Tell(), 3u);
-    std::fclose(f);
-}
