@@ -1,17 +1,10 @@
 #include "runtimejson/animation_json.h"
 
+#include "runtimejson/json_values.h"
 #include "runtimejson/output_file.h"
 #include "runtimejson/scene_walk.h"
 
 namespace {
-
-JsonValue Vec3Json(const Vec3& v) {
-    JsonValue array = JsonValue::Array();
-    array.Add(JsonValue(v.x));
-    array.Add(JsonValue(v.y));
-    array.Add(JsonValue(v.z));
-    return array;
-}
 
 bool IsKeyed(const VectorChannel& channel) { return channel.times.size() >= 2; }
 

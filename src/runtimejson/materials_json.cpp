@@ -3,6 +3,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "runtimejson/json_values.h"
 #include "runtimejson/output_file.h"
 #include "runtimejson/scene_walk.h"
 
@@ -57,19 +58,8 @@ public:
     void Bool(const char* name, bool value) { Add(name, "boolean", JsonValue(value)); }
     void Float(const char* name, float value) { Add(name, "float", JsonValue(value)); }
     void Enum(const std::string& name, int32_t value) { Add(name, "enum", JsonValue(value)); }
-    void Vec2(const std::string& name, const float* v) {
-        JsonValue data = JsonValue::Array();
-        data.Add(JsonValue(v[0]));
-        data.Add(JsonValue(v[1]));
-        Add(name, "vec2", data);
-    }
-    void Vec3(const char* name, const ::Vec3& v) {
-        JsonValue data = JsonValue::Array();
-        data.Add(JsonValue(v.x));
-        data.Add(JsonValue(v.y));
-        data.Add(JsonValue(v.z));
-        Add(name, "vec3", data);
-    }
+    void Vec2(const std::string& name, const float* v) { Add(name, "vec2", FloatsJson({v[0], v[1]})); }
+    void Vec3(const char* name, const ::Vec3& v) { Add(name, "vec3", Vec3Json(v)); }
     const JsonValue& Json() const { return list_; }
 
 private:

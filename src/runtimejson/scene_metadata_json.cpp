@@ -6,18 +6,11 @@
 #include <unordered_map>
 #include <vector>
 
+#include "runtimejson/json_values.h"
 #include "runtimejson/output_file.h"
 #include "runtimejson/scene_walk.h"
 
 namespace {
-
-JsonValue FloatsJson(std::initializer_list<float> values) {
-    JsonValue array = JsonValue::Array();
-    for (float v : values) array.Add(JsonValue(v));
-    return array;
-}
-
-JsonValue Vec3Json(const Vec3& v) { return FloatsJson({v.x, v.y, v.z}); }
 
 JsonValue RenderAssetJson(const Geometry& geometry, int32_t index) {
     bool skinned = false;
