@@ -120,7 +120,7 @@ TEST(JsonValue, AssignmentFromOwnMember) {
 
 TEST(JsonValue, DeepTreesAreReleasedWithoutRecursion) {
     JsonValue level = JsonValue::Array();
-    for (int i = 0; i < 1000000; ++i) {
+    for (int i = 0; i < 300000; ++i) {
         JsonValue up = JsonValue::Array();
         up.Add(std::move(level));
         level = std::move(up);
