@@ -25,10 +25,11 @@ enum JsonKind : uint32_t {
 struct JsonData;
 
 // Handle to shared, reference-counted data; every mutation detaches first, so
-// handles behave as values. Short scalars (every number, bool and null, and
-// strings up to 14 bytes) live inside the handle itself with no allocation;
-// that is invisible to callers because a detached copy is all a mutation of a
-// shared scalar could ever see.
+// handles behave as values. Scalars whose text fits in 14 bytes (whatever the
+// number and bool makers give, and short strings) live inside the 16-byte
+// handle with no allocation; that is invisible to callers, because a detached
+// copy is all a mutation of a shared scalar could ever see. Arrays keep no
+// member names.
 class JsonValue {
 public:
     JsonValue() noexcept { Clear(); }  // null handle
