@@ -168,6 +168,13 @@ TEST(JsonParser, FilesAndStreams) {
     EXPECT_EQ(JsonWriter().WriteString(streamed), JsonWriter().WriteString(file));
     std::remove(path.c_str());
 
+    // Larger than one read chunk.
+    std::string big = "[";
+    for (int i = 0; i < 50000; ++i) big += "12345,";
+    big += "0]";
+    std::istringstream bigStream(big);
+    EXPECT_EQ(parser.ParseStream(bigStream).Count(), 50001u);
+
     parser.error = "stale";
     EXPECT_TRUE(parser.ParseFile(path).IsNullHandle());
     EXPECT_EQ(parser.error, "");
