@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "gltf/gltf_accessors.h"
+#include "gltf/gltf_convert.h"
 #include "read_test_util.h"
 
 using namespace gltftest;
@@ -177,4 +178,14 @@ TEST(ReadAccessor, TextGltfReadsExternalAndDataUriBuffers) {
     GltfContext other;
     ASSERT_TRUE(ReadBytes(dir, Text(missing), other, "missing.gltf"));
     EXPECT_THROW(ReadAccessorAsFloat(other.document.accessors[0], other), GltfError);
+}
+
+TEST(ReadAccessor, SixtyFourBitDracoSourcesUseTheirFactors) {
+    // Draco's 64-bit types scale by 2^-63 and 2^-64 rather than dividing.
+    EXPECT_EQ((gltfconvert::Convert<float, int64_t>(INT64_MIN, true)), -1.0f);
+    EXPECT_EQ((gltfconvert::Convert<float, int64_t>(int64_t(1) << 62, true)), 0.5f);
+    EXPECT_EQ((gltfconvert::Convert<float, uint64_t>(uint64_t(1) << 63, true)), 0.5f);
+    EXPECT_EQ((gltfconvert::Convert<uint16_t, uint64_t>(uint64_t(1) << 63, true)), 32767);
+    EXPECT_EQ((gltfconvert::Convert<uint16_t, double>(70000.5, false)), uint16_t(70000));
+    EXPECT_EQ((gltfconvert::Convert<uint16_t, float>(std::nanf(""), true)), 0);
 }
