@@ -7,8 +7,6 @@
 #include "write_test_support.h"
 
 namespace {
-const char* const kAsset = R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
-
 Animation* AddTake(Scene& scene, const std::string& name) {
     Animation* a = new Animation;
     a->name = name;

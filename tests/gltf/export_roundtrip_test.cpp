@@ -206,7 +206,7 @@ std::vector<std::string> InputDerivedRules(const std::string& fileName) {
 }
 
 void RoundTrip(const std::string& source, const std::string& stem) {
-    fs::path dir = fs::temp_directory_path() / "vurl_roundtrip" / stem;
+    fs::path dir = fs::path(TempGlbPath("roundtrip")).parent_path() / stem;
     fs::remove_all(dir);
     fs::create_directories(dir);
     fs::path x = dir / "x.glb", y = dir / "y.glb";
@@ -265,9 +265,7 @@ INSTANTIATE_TEST_SUITE_P(Corpus, GlbRoundTrip, testing::ValuesIn(CorpusFiles()),
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GlbRoundTrip);
 
 TEST(GlbRoundTripSample, GeneratedSampleSurvivesTheTool) {
-    fs::path dir = fs::temp_directory_path() / "vurl_roundtrip";
-    fs::create_directories(dir);
-    std::string sample = (dir / "generated_sample.glb").string();
+    std::string sample = TempGlbPath("generated_sample");
     ASSERT_EQ(std::system((std::string(VURL_SAMPLE_GENERATOR) + " '" + sample + "'").c_str()), 0);
     RoundTrip(sample, "generated_sample");
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "gltf/glb_writer.h"
 
@@ -64,10 +65,28 @@ std::string TrimmedJson(const GlbParts& parts) {
     return text;
 }
 
+namespace {
+// One folder per test process, so that parallel runs of several builds do not meet;
+// removed when the tests end.
+const std::filesystem::path& TempDir() {
+    static const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() / ("vurl_write_tests_" + std::to_string(getpid()));
+    return dir;
+}
+
+class TempDirCleanup : public testing::Environment {
+public:
+    void TearDown() override {
+        std::error_code ec;
+        std::filesystem::remove_all(TempDir(), ec);
+    }
+};
+[[maybe_unused]] testing::Environment* const kCleanup = testing::AddGlobalTestEnvironment(new TempDirCleanup);
+}  // namespace
+
 std::string TempGlbPath(const std::string& stem) {
-    auto dir = std::filesystem::temp_directory_path() / "vurl_write_tests";
-    std::filesystem::create_directories(dir);
-    return (dir / (stem + ".glb")).string();
+    std::filesystem::create_directories(TempDir());
+    return (TempDir() / (stem + ".glb")).string();
 }
 
 GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const std::string& stem,

@@ -10,6 +10,10 @@
 #include "scene/options.h"
 #include "scene/scene.h"
 
+// Every JSON chunk of ours starts so.
+inline constexpr const char* kAsset =
+    R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
+
 // The parts of a GLB file as they lie on disk.
 struct GlbParts {
     bool ok = false;
