@@ -1,7 +1,8 @@
 #include "runtimejson/animation_json.h"
 
-#include "runtimejson/json_values.h"
-#include "runtimejson/output_file.h"
+#include "json/json_emitter.h"
+#include "runtimejson/emit_helpers.h"
+#include "runtimejson/json_tree_builder.h"
 #include "runtimejson/scene_walk.h"
 
 namespace {
@@ -20,49 +21,65 @@ Vec3 ConstantValue(const VectorChannel& channel) {
     return channel.defaultValue;
 }
 
-JsonValue BuildTrack(const AnimationTrack& track, const std::map<uint64_t, std::string>& nodeNames) {
+template <typename Out>
+void EmitTrack(Out& out, const AnimationTrack& track, const std::map<uint64_t, std::string>& nodeNames) {
     const VectorChannel* channels[3] = {&track.position, &track.rotation, &track.scale};
     static const char* const kKeys[3] = {"p", "r", "s"};
 
-    const std::vector<float> times = MergeTimes(MergeTimes(track.rotation.times, track.scale.times), track.position.times);
-    JsonValue keys = JsonValue::Array();
-    for (float time : times) {
-        JsonValue key = JsonValue::Object();
-        key.Add("t", JsonValue(time));
-        for (int c = 0; c < 3; ++c)
-            if (IsKeyed(*channels[c])) key.Add(kKeys[c], Vec3Json(KeyValue(*channels[c], time)));
-        keys.Add(key);
-    }
-
-    JsonValue defaults = JsonValue::Object();
-    for (int c = 0; c < 3; ++c)
-        if (!IsKeyed(*channels[c])) defaults.Add(kKeys[c], Vec3Json(ConstantValue(*channels[c])));
-
     auto name = nodeNames.find(track.nodeId);
-    JsonValue record = JsonValue::Object();
-    record.Add("name", JsonValue(name != nodeNames.end() ? name->second : std::string("missing")));
-    record.Add("defaults", defaults);
-    record.Add("keys", keys);
-    return record;
+    out.BeginObject();
+    Field(out, "name", name != nodeNames.end() ? name->second.c_str() : "missing");
+    out.Name("defaults");
+    out.BeginObject();
+    for (int c = 0; c < 3; ++c) {
+        if (IsKeyed(*channels[c])) continue;
+        out.Name(kKeys[c]);
+        EmitVec3(out, ConstantValue(*channels[c]));
+    }
+    out.EndObject();
+
+    out.Name("keys");
+    out.BeginArray();
+    for (float time : MergeTimes(MergeTimes(track.rotation.times, track.scale.times), track.position.times)) {
+        out.BeginObject();
+        Field(out, "t", time);
+        for (int c = 0; c < 3; ++c) {
+            if (!IsKeyed(*channels[c])) continue;
+            out.Name(kKeys[c]);
+            EmitVec3(out, KeyValue(*channels[c], time));
+        }
+        out.EndObject();
+    }
+    out.EndArray();
+    out.EndObject();
+}
+
+template <typename Out>
+void EmitAnimation(Out& out, const Animation& animation, const std::map<uint64_t, std::string>& nodeNames) {
+    out.BeginObject();
+    out.Name("animation");
+    out.BeginObject();
+    Field(out, "version", int32_t(4));
+    Field(out, "name", animation.name);
+    Field(out, "duration", animation.duration);
+    out.Name("nodes");
+    out.BeginArray();
+    for (const AnimationTrack& track : animation.tracks) {
+        // Tracks that only drive morph weights have no place in this format.
+        if (track.position.times.empty() && track.rotation.times.empty() && track.scale.times.empty()) continue;
+        EmitTrack(out, track, nodeNames);
+    }
+    out.EndArray();
+    out.EndObject();
+    out.EndObject();
 }
 
 }  // namespace
 
 JsonValue BuildAnimationJson(const Animation& animation, const std::map<uint64_t, std::string>& nodeNames) {
-    JsonValue nodes = JsonValue::Array();
-    for (const AnimationTrack& track : animation.tracks) {
-        // Tracks that only drive morph weights have no place in this format.
-        if (track.position.times.empty() && track.rotation.times.empty() && track.scale.times.empty()) continue;
-        nodes.Add(BuildTrack(track, nodeNames));
-    }
-    JsonValue body = JsonValue::Object();
-    body.Add("version", JsonValue(int32_t(4)));
-    body.Add("name", JsonValue(animation.name));
-    body.Add("duration", JsonValue(animation.duration));
-    body.Add("nodes", nodes);
-    JsonValue document = JsonValue::Object();
-    document.Add("animation", body);
-    return document;
+    JsonTreeBuilder builder;
+    EmitAnimation(builder, animation, nodeNames);
+    return builder.Result();
 }
 
 bool WriteAnimationsJson(const std::string& path, const Scene& scene, const std::set<std::string>& animationNames,
@@ -75,5 +92,9 @@ bool WriteAnimationsJson(const std::string& path, const Scene& scene, const std:
 
     std::map<uint64_t, std::string> nodeNames;
     for (const auto& [id, node] : NodesById(FlattenNodes(scene.root).nodes)) nodeNames.emplace(id, node->name);
-    return WriteJsonDocument(path, BuildAnimationJson(*last, nodeNames), prettyPrint ? StandardFormat : NoFormat);
+    JsonFileSink sink(path);
+    if (!sink.IsOpen()) return false;
+    JsonEmitter out(sink, prettyPrint ? StandardFormat : NoFormat);
+    EmitAnimation(out, *last, nodeNames);
+    return sink.Close();
 }

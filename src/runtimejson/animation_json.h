@@ -9,10 +9,10 @@
 #include "json/json.h"
 #include "scene/scene.h"
 
-// The document of one animation; nodeNames maps node ids to names.
+// The document of one animation as a value tree; nodeNames maps node ids to names.
 JsonValue BuildAnimationJson(const Animation& animation, const std::map<uint64_t, std::string>& nodeNames);
 
-// Writes, in archive order, each animation whose name is in animationNames to path,
+// Streams, in archive order, each animation whose name is in animationNames to path,
 // each replacing the file, so the last one stays. Nothing is written when none matches.
 // False if a file could not be written.
 bool WriteAnimationsJson(const std::string& path, const Scene& scene, const std::set<std::string>& animationNames,

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "json/json_emitter.h"
+#include "runtimejson/emit_helpers.h"
 #include "runtimejson/json_tree_builder.h"
 #include "runtimejson/model_lists.h"
 #include "runtimejson/output_file.h"
@@ -15,24 +15,6 @@
 #include "scene/console.h"
 
 namespace {
-
-// The generator below is written once for both outputs: the tree builder and the
-// streaming emitter offer the same calls.
-template <typename Out>
-void EmitFloats(Out& out, const float* values, size_t count) {
-    out.BeginArray();
-    for (size_t i = 0; i < count; ++i) out.Number(values[i]);
-    out.EndArray();
-}
-
-template <typename Out>
-void EmitVec3(Out& out, const Vec3& v) {
-    out.BeginArray();
-    out.Number(v.x);
-    out.Number(v.y);
-    out.Number(v.z);
-    out.EndArray();
-}
 
 template <typename Out>
 void EmitBox(Out& out, const BoundingBox& box) {
@@ -42,18 +24,6 @@ void EmitBox(Out& out, const BoundingBox& box) {
     out.Name("max");
     EmitVec3(out, box.max);
     out.EndObject();
-}
-
-// One member with a scalar value.
-template <typename Out, typename T>
-void Field(Out& out, const char* name, T value) {
-    out.Name(name);
-    if constexpr (std::is_same_v<T, bool>)
-        out.Bool(value);
-    else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, std::string>)
-        out.String(value);
-    else
-        out.Number(value);
 }
 
 template <typename Out>

@@ -14,6 +14,7 @@
 #include "runtimejson/metadata_json.h"
 #include "runtimejson/model_json.h"
 #include "runtimejson/scene_metadata_json.h"
+#include "runtimejson/scene_walk.h"
 #include "scene_builder.h"
 
 namespace {
@@ -106,7 +107,7 @@ void FillScene(SceneBuilder& b, Random& r, Texture* strayTexture, Material* stra
     }
 }
 
-TEST(MalformedScene, EveryWriterGetsThroughAndStreamingMatchesTheTree) {
+TEST(MalformedScene, EveryWriterGetsThroughAndStreamsMatchTheTrees) {
     const std::string path = ::testing::TempDir() + "malformed_scene.json";
     for (uint32_t seed = 1; seed <= 150; ++seed) {
         SCOPED_TRACE(seed);
@@ -121,8 +122,11 @@ TEST(MalformedScene, EveryWriterGetsThroughAndStreamingMatchesTheTree) {
         const std::string tree = JsonWriter(seed % 2 == 0 ? StandardFormat : NoFormat).WriteString(BuildModelJson(b.scene()));
         ::testing::internal::GetCapturedStdout();
         EXPECT_EQ(ReadFileBytes(path), tree);
+        ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"a"}, false));
+        std::map<uint64_t, std::string> names;
+        for (const GraphNode* node : FlattenNodes(b.scene().root).nodes) names[node->id] = node->name;
+        EXPECT_EQ(ReadFileBytes(path), JsonWriter(NoFormat).WriteString(BuildAnimationJson(*b.scene().animations[0], names)));
         // The other files are written straight from these trees.
-        BuildAnimationJson(*b.scene().animations[0], {});
         BuildMaterialsJson(b.scene());
         BuildMetadataJson(b.scene());
         BuildSceneMetadataJson(b.scene());

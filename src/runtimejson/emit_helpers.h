@@ -1,0 +1,37 @@
+// Pieces of output shared by the generators that are written once for both the
+// streaming JsonEmitter and the JsonTreeBuilder, which offer the same calls.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <type_traits>
+
+#include "scene/math.h"
+
+template <typename Out>
+void EmitFloats(Out& out, const float* values, size_t count) {
+    out.BeginArray();
+    for (size_t i = 0; i < count; ++i) out.Number(values[i]);
+    out.EndArray();
+}
+
+template <typename Out>
+void EmitVec3(Out& out, const Vec3& v) {
+    out.BeginArray();
+    out.Number(v.x);
+    out.Number(v.y);
+    out.Number(v.z);
+    out.EndArray();
+}
+
+// One member with a scalar value.
+template <typename Out, typename T>
+void Field(Out& out, const char* name, T value) {
+    out.Name(name);
+    if constexpr (std::is_same_v<T, bool>)
+        out.Bool(value);
+    else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, std::string>)
+        out.String(value);
+    else
+        out.Number(value);
+}
