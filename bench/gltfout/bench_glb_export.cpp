@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "gltf/glb_animation_export.h"
+#include "gltf/glb_buffer_estimate.h"
 #include "gltf/glb_json_write.h"
 #include "gltf/glb_mesh_export.h"
 #include "gltf/glb_node_export.h"
@@ -118,6 +119,7 @@ int main(int argc, char** argv) {
     const std::string written = (dir / "writer_out.glb").string();
     auto start = std::chrono::steady_clock::now();
     GlbBuilder builder;
+    builder.data.reserve(EstimateGlbBufferBytes(*scene, options));
     std::vector<GlbNode> nodes = ExportNodes(scene->root);
     std::vector<GlbMesh> meshes;
     std::vector<GlbSkin> skins;

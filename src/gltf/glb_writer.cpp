@@ -1,12 +1,16 @@
 #include "gltf/glb_writer.h"
 
 #include "gltf/glb_animation_export.h"
+#include "gltf/glb_buffer_estimate.h"
 #include "gltf/glb_json_write.h"
 #include "gltf/glb_mesh_export.h"
 #include "gltf/glb_node_export.h"
 
 bool WriteGlb(const std::string& fileName, const Scene& scene, const ExportOptions& options) {
     GlbBuilder builder;
+    // Reserved address space that stays unused is never touched, so a generous bound
+    // costs no memory, while growing the buffer would copy it several times.
+    builder.data.reserve(EstimateGlbBufferBytes(scene, options));
     std::vector<GlbNode> nodes = ExportNodes(scene.root);
     std::vector<GlbMesh> meshes;
     std::vector<GlbSkin> skins;

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "gltf/glb_buffer_estimate.h"
 #include "gltf/glb_writer.h"
 
 #ifndef VURL_SOURCE_DIR
@@ -96,7 +97,10 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
     WriteGlb(path, scene, options);
     if (pathOut) *pathOut = path;
     ExpectValidatorClean(path);
-    return ReadGlbParts(path);
+    GlbParts parts = ReadGlbParts(path);
+    // The reservation must cover the whole buffer, or it would grow by copying after all.
+    EXPECT_GE(EstimateGlbBufferBytes(scene, options), parts.bin.size()) << stem;
+    return parts;
 }
 
 ExportOptions ModelOptions() {
