@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cfloat>
+#include <unordered_map>
 
 #include "gltf/gltf_accessors.h"
 
 namespace {
+
+constexpr size_t kMaxNodeDepth = 4096;
 
 std::string Label(const char* kind, size_t index) { return std::string(kind) + " " + std::to_string(index); }
 
@@ -232,13 +235,17 @@ void GltfImporter::ImportNodes() {
     std::vector<size_t> roots;
     for (size_t i = 0; i < count; ++i)
         if (parentOf[i] == -1) roots.push_back(i);
+    // Later stages walk the tree recursively, so an absurdly deep chain is refused too.
     size_t reached = 0;
-    std::vector<size_t> stack(roots.begin(), roots.end());
+    std::vector<std::pair<size_t, size_t>> stack;  // node, depth
+    for (size_t r : roots) stack.emplace_back(r, 1);
     while (!stack.empty()) {
-        const size_t n = stack.back();
+        const auto [n, depth] = stack.back();
         stack.pop_back();
         ++reached;
-        for (int32_t child : records[n].children) stack.push_back(size_t(child));
+        if (depth > kMaxNodeDepth)
+            throw GltfError("the node hierarchy is more than " + std::to_string(kMaxNodeDepth) + " levels deep");
+        for (int32_t child : records[n].children) stack.emplace_back(size_t(child), depth + 1);
     }
     if (reached != count) throw GltfError("the node hierarchy contains a cycle");
 
@@ -334,8 +341,9 @@ std::unique_ptr<Animation> GltfImporter::ImportAnimation(size_t index) {
     animation->name = record.name;
     animation->duration = 0.0f;
     const size_t nodeCount = context_.document.nodes.size();
-    animation->tracks.resize(nodeCount);
-    for (size_t i = 0; i < nodeCount; ++i) animation->tracks[i].nodeId = i;
+    // One track per glTF node in node order, of which only those that receive data are
+    // kept; they are made on first use so that many animations over many nodes stay cheap.
+    std::unordered_map<int32_t, size_t> trackOf;
 
     for (size_t c = 0; c < record.channels.size(); ++c) {
         const GltfChannel& channel = record.channels[c];
@@ -344,7 +352,12 @@ std::unique_ptr<Animation> GltfImporter::ImportAnimation(size_t index) {
         if (channel.sampler < 0 || size_t(channel.sampler) >= record.samplers.size())
             throw GltfError(where + " refers to missing sampler " + std::to_string(channel.sampler));
         const GltfAnimationSampler& sampler = record.samplers[size_t(channel.sampler)];
-        AnimationTrack& track = animation->tracks[size_t(channel.target.node)];
+        auto [slot, added] = trackOf.emplace(channel.target.node, animation->tracks.size());
+        if (added) {
+            animation->tracks.emplace_back();
+            animation->tracks.back().nodeId = uint64_t(channel.target.node);
+        }
+        AnimationTrack& track = animation->tracks[slot->second];
         const std::string& path = channel.target.path;
         if (path != "translation" && path != "rotation" && path != "scale" && path != "weights") continue;
 
@@ -415,6 +428,8 @@ std::unique_ptr<Animation> GltfImporter::ImportAnimation(size_t index) {
     };
     animation->tracks.erase(std::remove_if(animation->tracks.begin(), animation->tracks.end(), empty),
                             animation->tracks.end());
+    std::stable_sort(animation->tracks.begin(), animation->tracks.end(),
+                     [](const AnimationTrack& a, const AnimationTrack& b) { return a.nodeId < b.nodeId; });
     return animation;
 }
 

@@ -68,6 +68,18 @@ TEST(ImportNodes, BrokenHierarchiesAreRefused) {
         ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(nodes), context));
         EXPECT_THROW(delete ImportGltfScene(context), GltfError) << nodes;
     }
+    // A chain deeper than 4096 levels would overflow the recursive walks of the writers.
+    for (int depth : {4096, 4097}) {
+        std::string chain = R"("nodes":[)";
+        for (int i = 0; i + 1 < depth; ++i) chain += R"({"children":[)" + N(i + 1) + "]},";
+        chain += "{}]";
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(chain), context));
+        if (depth == 4096)
+            EXPECT_NO_THROW(delete ImportGltfScene(context));
+        else
+            EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+    }
 }
 
 TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
