@@ -141,8 +141,8 @@ std::vector<VertexStream> BuildVertexStreams(const VertexData& v) {
     return streams;
 }
 
-InterleavedLayout LayoutStreams(const std::vector<VertexStream>& streams) {
-    InterleavedLayout layout;
+InterleavedVertices LayoutStreams(const std::vector<VertexStream>& streams) {
+    InterleavedVertices layout;
     uint32_t sum = 0;
     for (const VertexStream& s : streams) {
         layout.offsets.push_back(sum);
@@ -183,7 +183,7 @@ int32_t ExportIndices(GlbBuilder& builder, const std::vector<uint32_t>& indices)
 
 std::map<std::string, int32_t> ExportVertexData(GlbBuilder& builder, const VertexData& vertices) {
     std::vector<VertexStream> streams = BuildVertexStreams(vertices);
-    InterleavedLayout layout = LayoutStreams(streams);
+    InterleavedVertices layout = LayoutStreams(streams);
 
     size_t old = builder.data.size();
     size_t length = size_t(layout.count) * layout.stride;

@@ -52,13 +52,14 @@ struct VertexStream {
 // The streams of a VertexData in writing order; POSITION is always first, even empty.
 std::vector<VertexStream> BuildVertexStreams(const VertexData& vertices);
 
-struct InterleavedLayout {
+// The interleaved block's shape; its bytes are written straight into the builder's data.
+struct InterleavedVertices {
     uint32_t count = 0;
     uint32_t stride = 0;
     std::vector<uint32_t> offsets;  // one per stream
 };
 
-InterleavedLayout LayoutStreams(const std::vector<VertexStream>& streams);
+InterleavedVertices LayoutStreams(const std::vector<VertexStream>& streams);
 
 // u16 indices up to a largest index of 65,535, u32 from 65,536; gives the accessor.
 int32_t ExportIndices(GlbBuilder& builder, const std::vector<uint32_t>& indices);
