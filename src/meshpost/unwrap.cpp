@@ -1,6 +1,7 @@
 #include "meshpost/unwrap.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <unordered_set>
@@ -26,6 +27,48 @@ void CollectWorldScales(const GraphNode* node, std::unordered_map<const Geometry
 
 bool SuitableForUnwrap(const MeshInstance* mi) {
     return mi && mi->primitiveType == 3 && mi->vertices && mi->vertices->texCoords[1].empty() && mi->indices;
+}
+
+// Beyond any texture size a GPU takes, and far below the sizes at which xatlas's 32-bit
+// image arithmetic overflows and its packer crashes.
+constexpr double kMaxMeshTexels = 32768.0;
+
+// Why a mesh cannot go into an atlas at this density, or null. Coordinates so far apart that
+// the mesh spans more texels than any atlas can hold, and positions that are not numbers,
+// make xatlas fail, crash or rasterise for hours instead of unwrapping.
+const char* UnfitForAtlas(const std::vector<float>& positions, size_t vertexCount,
+                          const std::vector<uint32_t>& indices, float texelsPerUnit) {
+    double lo[3] = {0, 0, 0}, hi[3] = {0, 0, 0};
+    for (size_t v = 0; v < vertexCount; ++v) {
+        for (size_t c = 0; c < 3; ++c) {
+            const double x = positions[v * 3 + c];
+            if (!std::isfinite(x)) return "its positions are not all finite numbers";
+            if (v == 0 || x < lo[c]) lo[c] = x;
+            if (v == 0 || x > hi[c]) hi[c] = x;
+        }
+    }
+    double density = texelsPerUnit;
+    if (!(density > 0.0)) {
+        // Zero and negative densities let xatlas pick one for a 1024-texel atlas at 75% use;
+        // this mesh alone gives an upper bound of what it picks for the whole geometry.
+        double area = 0.0;
+        for (size_t t = 0; t + 2 < indices.size(); t += 3) {
+            if (indices[t] >= vertexCount || indices[t + 1] >= vertexCount || indices[t + 2] >= vertexCount)
+                continue;
+            const float* a = &positions[size_t(indices[t]) * 3];
+            const float* b = &positions[size_t(indices[t + 1]) * 3];
+            const float* c = &positions[size_t(indices[t + 2]) * 3];
+            const double u[3] = {double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
+            const double w[3] = {double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
+            const double x = u[1] * w[2] - u[2] * w[1], y = u[2] * w[0] - u[0] * w[2], z = u[0] * w[1] - u[1] * w[0];
+            area += 0.5 * std::sqrt(x * x + y * y + z * z);
+        }
+        density = 1024.0 / std::sqrt(std::max(1.0, area / 0.75));
+    }
+    const double diagonal = std::sqrt((hi[0] - lo[0]) * (hi[0] - lo[0]) + (hi[1] - lo[1]) * (hi[1] - lo[1]) +
+                                      (hi[2] - lo[2]) * (hi[2] - lo[2]));
+    if (!(diagonal * density <= kMaxMeshTexels)) return "it spans more texels than an atlas can hold";
+    return nullptr;
 }
 
 struct AtlasDeleter {
@@ -140,6 +183,12 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
         const VertexData& vd = *mi->vertices;
         const uint32_t vertexCount = uint32_t(vd.positions.size() / 3);
         const std::vector<float>& uv0 = vd.texCoords[0];
+
+        if (const char* why = UnfitForAtlas(vd.positions, vertexCount, *mi->indices, worldScale * texelsPerMeter)) {
+            std::fprintf(stderr, "UV unwrapping skipped for a mesh of %u vertices at %g texels per unit: %s\n",
+                         vertexCount, double(worldScale * texelsPerMeter), why);
+            return {};
+        }
 
         xatlas::MeshDecl decl;
         decl.vertexPositionData = vd.positions.data();

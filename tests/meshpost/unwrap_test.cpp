@@ -376,3 +376,40 @@ TEST(Unwrap, DegenerateTrianglesGiveFiniteCoordinates) {
     owner.Adopt(mi);
     for (float f : mi->vertices->texCoords[0]) EXPECT_TRUE(std::isfinite(f)) << f;
 }
+
+TEST(Unwrap, MeshesNoAtlasCanHoldAreSkippedWithAMessage) {
+    // A quad 2^31 units wide would need billions of texels: xatlas's packer crashes on it.
+    auto run = [](std::vector<float> positions, float q) {
+        TestScene ts;
+        VertexData data;
+        data.positions = std::move(positions);
+        Geometry* g = ts.AddGeometry({{data, {0, 1, 2, 0, 2, 3}}});
+        ts.AddNode(g, Mat4());
+        VertexData* before = g->meshInstances[0]->vertices;
+        testing::internal::CaptureStderr();
+        UnwrapScene(ts.scene, q);
+        const std::string err = testing::internal::GetCapturedStderr();
+        return std::pair<bool, std::string>(g->meshInstances[0]->vertices == before, err);
+    };
+    const std::vector<float> huge = {0, 0, 0, 2147483648.0f, 0, 0, 2147483648.0f, 1, 0, 0, 1, 0};
+    auto [untouched, err] = run(huge, 16.0f);
+    EXPECT_TRUE(untouched);
+    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 4 vertices at 16 texels per unit: it spans more texels "
+                   "than an atlas can hold\n");
+
+    std::vector<float> nan = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    nan[4] = std::nanf("");
+    std::tie(untouched, err) = run(nan, 16.0f);
+    EXPECT_TRUE(untouched);
+    EXPECT_NE(err.find("not all finite"), std::string::npos) << err;
+
+    // At 0 texels per metre xatlas picks a density for the area: a square fits, however
+    // large, and a needle 2^31 long and 1 wide does not.
+    const std::vector<float> square = {0, 0, 0, 1e9f, 0, 0, 1e9f, 1e9f, 0, 0, 1e9f, 0};
+    std::tie(untouched, err) = run(square, 0.0f);
+    EXPECT_FALSE(untouched);
+    EXPECT_EQ(err, "");
+    std::tie(untouched, err) = run(huge, 0.0f);
+    EXPECT_TRUE(untouched);
+    EXPECT_NE(err.find("spans more texels"), std::string::npos) << err;
+}
