@@ -6,6 +6,9 @@
 #include <limits>
 
 #include "gltf/glb_builder.h"
+#include "gltf/glb_mesh_export.h"
+#include "gltf/glb_node_export.h"
+#include "gltf/glb_skin_export.h"
 #include "gltf/glb_vertex_export.h"
 #include "write_test_support.h"
 
@@ -356,6 +359,43 @@ TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
     for (float f : m0.m) PutBytes<float>(matrices, {f});
     for (float f : m2.m) PutBytes<float>(matrices, {f});
     EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 104, glb.bin.begin() + 232), matrices);
+}
+
+TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
+    // A Draco stream that failed to decode leaves an instance without vertex data.
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    Geometry* g = NewGeometry(scene, "g", 0);
+    NewInstance(*g, nullptr, {0, 1, 2});
+    NewInstance(*g, Triangle(), {0, 1, 2});
+    scene.root->geometry = g;
+    std::vector<GlbNode> nodes = ExportNodes(scene.root);
+    GlbBuilder b;
+    std::vector<GlbMesh> meshes;
+    std::vector<GlbSkin> skins;
+    ExportMeshes(nodes, b, meshes, skins);
+    ASSERT_EQ(meshes.size(), 1u);
+    ASSERT_EQ(meshes[0].primitives.size(), 2u);
+    const GlbAccessor& empty = b.accessors[size_t(meshes[0].primitives[0].attributes.at("POSITION"))];
+    const GlbAccessor& full = b.accessors[size_t(meshes[0].primitives[1].attributes.at("POSITION"))];
+    EXPECT_EQ(empty.count, 0u);
+    EXPECT_TRUE(empty.min.empty());
+    EXPECT_EQ(full.count, 3u);
+    EXPECT_EQ(meshes[0].primitives[1].indices, 2);  // the index list is not shared: a new block
+}
+
+TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
+    Skin skin;
+    skin.joints = {4, 5};
+    skin.inverseBindMatrices = {Translation(1, 2, 3)};
+    GlbBuilder b;
+    GlbSkin out = ExportSkin(skin, b, {{4, 0}, {5, 1}});
+    EXPECT_EQ(out.joints, (std::vector<int32_t>{0, 1}));
+    std::vector<uint8_t> expected;
+    for (float f : Translation(1, 2, 3).m) PutBytes<float>(expected, {f});
+    for (float f : Mat4{}.m) PutBytes<float>(expected, {f});
+    EXPECT_EQ(b.data, expected);
+    EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
 }
 
 TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
