@@ -1,6 +1,7 @@
 #include "gltf/gltf_loader.h"
 
 #include <iostream>
+#include <exception>
 #include <new>
 
 #include "gltf/glb_container_read.h"
@@ -29,6 +30,9 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
     } catch (const std::bad_alloc&) {
         delete scene;
         std::cerr << "ERROR: '" << fileName << "': not enough memory to load the file" << std::endl;
+    } catch (const std::exception& error) {
+        delete scene;
+        std::cerr << "ERROR: '" << fileName << "': " << error.what() << std::endl;
     }
     return nullptr;
 }

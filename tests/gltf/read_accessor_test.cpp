@@ -138,17 +138,20 @@ TEST(ReadAccessor, SparseDropsNormalisationAndScalarListsAreRefused) {
 
 TEST(ReadAccessor, ReadsOutsideTheBufferAreRefused) {
     GlbFixture glb;
-    const int view = glb.AddViewOf(std::vector<float>{1, 2, 3, 4, 5, 6});
+    const int narrow = glb.AddViewOf(std::vector<float>{1, 2, 3, 4, 5, 6}, 4);
+    const int view = glb.AddViewOf(std::vector<float>{1, 2, 3, 4, 5, 6});  // last in the buffer
     glb.AddAccessor(view, 0, kFloat, 2, "VEC3");  // exactly fits
     glb.AddAccessor(view, 4, kFloat, 2, "VEC3");  // one float too far
     glb.AddAccessor(7, 0, kFloat, 1, "SCALAR");   // no such view
     glb.AddAccessor(view, 0, kFloat, 0, "VEC3");  // nothing to read
+    glb.AddAccessor(narrow, 0, kFloat, 2, "VEC3");  // elements would overlap
     Loaded l(glb);
     EXPECT_EQ(ReadAccessorAsFloat(l[0], l.context).size(), 6u);
     EXPECT_THROW(ReadAccessorAsFloat(l[1], l.context), GltfError);
     EXPECT_THROW(ReadAccessorAsFloat(l[2], l.context), GltfError);
     EXPECT_TRUE(ReadAccessorAsFloat(l[3], l.context).empty());
-    EXPECT_THROW(AccessorAt(l.context, 4), GltfError);
+    EXPECT_THROW(ReadAccessorAsFloat(l[4], l.context), GltfError);
+    EXPECT_THROW(AccessorAt(l.context, 5), GltfError);
     EXPECT_THROW(AccessorAt(l.context, -1), GltfError);
 }
 
