@@ -174,14 +174,15 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
     auto scene = ImportMembers(dir, glb,
         R"("skins":[{"inverseBindMatrices":)" + N(ibmAccessor) + R"(,"joints":[2,1]},{"joints":[1]}],
-        "meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
+        "meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]},
+                  {"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
         "cameras":[{"name":"p","type":"perspective","perspective":{"yfov":0.5,"znear":0.5,"zfar":50,"aspectRatio":2}},
                    {"type":"orthographic","orthographic":{"ymag":3,"xmag":9,"znear":1,"zfar":2}},
                    {"type":"orthographic"}],
         "extensions":{"KHR_lights_punctual":{"lights":[{"name":"sun","type":"spot","intensity":40,"color":[1,0,0],
             "spot":{"innerConeAngle":0.1,"outerConeAngle":0.2}},{"intensity":-2,"range":5}]}},
         "nodes":[{"children":[1,2],"mesh":0,"skin":0,"camera":0},{"camera":1,"extensions":{"KHR_lights_punctual":{"light":0}}},
-                 {"camera":2,"extensions":{"KHR_lights_punctual":{"light":7}}}])");
+                 {"camera":2,"mesh":1,"skin":1,"extensions":{"KHR_lights_punctual":{"light":7}}}])");
     ASSERT_TRUE(scene && scene->root);
     const Skin* skin = scene->root->geometry->meshInstances[0]->skin;
     ASSERT_TRUE(skin);
@@ -189,6 +190,11 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
     EXPECT_EQ(skin->inverseBindMatrices[1][0], 16.0f);
     EXPECT_EQ(skin->inverseBindMatrices[1][15], 31.0f);
     EXPECT_EQ(skin->joints, (std::vector<int64_t>{2, 1}));
+    // Without inverse bind matrices each joint binds with the identity.
+    const Skin* identity = scene->root->children[1]->geometry->meshInstances[0]->skin;
+    ASSERT_TRUE(identity);
+    ASSERT_EQ(identity->inverseBindMatrices.size(), 1u);
+    EXPECT_EQ(identity->inverseBindMatrices[0], Mat4());
 
     const Camera* p = scene->root->camera;
     ASSERT_TRUE(p);
