@@ -121,6 +121,10 @@ void GltfImporter::ImportSkins() {
                     std::copy_n(floats.begin() + ptrdiff_t(m * 16), 16, skin->inverseBindMatrices[m].m);
             }
         }
+        // Writers pair matrices with joints one to one.
+        if (!skin->inverseBindMatrices.empty() && skin->inverseBindMatrices.size() != record.joints.size())
+            throw GltfError(Label("skin", s) + " has " + std::to_string(skin->inverseBindMatrices.size()) +
+                            " inverse bind matrices for " + std::to_string(record.joints.size()) + " joints");
         skin->joints.reserve(record.joints.size());
         for (int32_t joint : record.joints) skin->joints.push_back(int64_t(joint));
     }

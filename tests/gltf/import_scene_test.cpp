@@ -227,6 +227,16 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
     EXPECT_EQ(scene->ownedLights[1]->range, 5.0f);
 }
 
+TEST(ImportObjects, SkinMatricesMustMatchTheJoints) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int ibm = glb.AddData(std::vector<float>(32, 1.0f), kFloat, "MAT4");
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("nodes":[{}],"skins":[{"joints":[0],"inverseBindMatrices":)" + N(ibm) + "}]"),
+                          context));
+    EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+}
+
 TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
     ScratchDir dir;
     GlbFixture glb;
