@@ -57,7 +57,8 @@ TEST(ImportSample, SavesTheTextureAndKeepsEveryChannel) {
 // The expected files were checked value by value against the sample's source data: node
 // walk and parents, inverse binds, the compacted bulge (vertices 4 to 7), flipped texture
 // v, gamma of the base colour (0.8 -> 0.903545, 0.6 -> 0.792793), roughness x 100, the
-// sampler words, and the animation where only the translation track has Euler-side keys.
+// sampler words, the animation where only the translation track has Euler-side keys, the
+// statistics, and the entities below the root with Bone_Root as the skin's root bone.
 TEST(ImportSample, JsonOutputsMatchTheCheckedFiles) {
     ScratchDir dir;
     const std::string path = MakeSample(dir);
@@ -82,4 +83,10 @@ TEST(ImportSample, JsonOutputsMatchTheCheckedFiles) {
     ExportOptions animation;
     animation.animations = {"Wave"};
     EXPECT_EQ(write("animation.json", animation), ReadText(expected + "/animation.json"));
+    ExportOptions metadata;
+    metadata.exportMetadata = true;
+    EXPECT_EQ(write("metadata.json", metadata), ReadText(expected + "/metadata.json"));
+    ExportOptions sceneMetadata;
+    sceneMetadata.exportSceneMetadata = true;
+    EXPECT_EQ(write("scene.json", sceneMetadata), ReadText(expected + "/scene.json"));
 }
