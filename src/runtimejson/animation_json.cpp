@@ -1,5 +1,7 @@
 #include "runtimejson/animation_json.h"
 
+#include <string_view>
+
 #include "json/json_emitter.h"
 #include "runtimejson/emit_helpers.h"
 #include "runtimejson/json_tree_builder.h"
@@ -28,7 +30,7 @@ void EmitTrack(Out& out, const AnimationTrack& track, const std::map<uint64_t, s
 
     auto name = nodeNames.find(track.nodeId);
     out.BeginObject();
-    Field(out, "name", name != nodeNames.end() ? name->second.c_str() : "missing");
+    Field(out, "name", name != nodeNames.end() ? std::string_view(name->second) : std::string_view("missing"));
     out.Name("defaults");
     out.BeginObject();
     for (int c = 0; c < 3; ++c) {

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "scene/math.h"
@@ -24,14 +25,15 @@ void EmitVec3(Out& out, const Vec3& v) {
     out.EndArray();
 }
 
-// One member with a scalar value.
+// One member with a scalar value. Texts go out whole, by length: a name may hold a
+// zero byte.
 template <typename Out, typename T>
-void Field(Out& out, const char* name, T value) {
+void Field(Out& out, const char* name, const T& value) {
     out.Name(name);
     if constexpr (std::is_same_v<T, bool>)
         out.Bool(value);
-    else if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, std::string>)
-        out.String(value);
+    else if constexpr (std::is_convertible_v<const T&, std::string_view>)
+        out.String(std::string_view(value));
     else
         out.Number(value);
 }

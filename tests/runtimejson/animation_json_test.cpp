@@ -108,4 +108,25 @@ TEST(AnimationJson, NanKeyTimeDoesNotReadBeforeTheKeys) {
               R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":nan,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
 }
 
+TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLeftOut) {
+    SceneBuilder b;
+    b.Root().Child(std::string("a\0b", 3), 7);
+    Animation* take = b.AddAnimation("z", 1.0f);
+    AnimationTrack quatOnly;  // the Euler channels decide; quaternion keys alone give no record
+    quatOnly.nodeId = 7;
+    quatOnly.rotationQuat.interpolation = 1;
+    quatOnly.rotationQuat.times = {0.0f, 1.0f};
+    quatOnly.rotationQuat.values = {Quat(), Quat()};
+    take->tracks.push_back(quatOnly);
+    AnimationTrack moved;
+    moved.nodeId = 7;
+    moved.position = Channel(1, {0.0f, 1.0f}, {{1, 1, 1}, {2, 2, 2}});
+    take->tracks.push_back(moved);
+    const std::string path = ::testing::TempDir() + "animation_zero_byte.json";
+    ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"z"}, false));
+    EXPECT_EQ(ReadFileBytes(path), R"({"animation":{"version":4,"name":"z","duration":1,"nodes":[{"name":"a\u0000b",)"
+                                   R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
+    std::remove(path.c_str());
+}
+
 }  // namespace
