@@ -53,10 +53,13 @@ int main(int argc, char** argv) {
         const size_t inVertices = vd->positions.size() / 3;
 
         BenchClock clock;
+        const double cpuBefore = CpuSeconds();
         const AtlasSize size = UnwrapGeometry({&mi}, 1.0f, q);
         const double seconds = clock.Seconds();
-        std::printf("unwrap %zu triangles, %zu vertices, %g texels/m: %.2f s, atlas %u x %u, %zu vertices out\n",
-                    indices->size() / 3, inVertices, double(q), seconds, size.width, size.height,
+        const double cpu = CpuSeconds() - cpuBefore;
+        std::printf("unwrap %zu triangles, %zu vertices, %g texels/m: %.2f s (cpu %.2f s), atlas %u x %u, %zu vertices "
+                    "out\n",
+                    indices->size() / 3, inVertices, double(q), seconds, cpu, size.width, size.height,
                     mi.vertices->positions.size() / 3);
         if (mi.vertices != vd) {
             delete mi.vertices;
