@@ -40,17 +40,14 @@ int32_t ValueAccessor(ExportContext& ctx, int32_t interpolation, const std::vect
     uint32_t count;
     if (interpolation == 2) {
         count = static_cast<uint32_t>(times.size() * 3);
-        size_t length = size_t(count) * sizeof(V);
-        size_t old = b.data.size();
-        b.data.resize((old + length + 3) & ~size_t(3), 0);
-        uint8_t* out = b.data.data() + old;
+        // Sized from the key count itself, so that the loop below can never pass the end.
+        uint8_t* out = GrowView(b, view, times.size() * 3 * sizeof(V));
         // Keys beyond a short tangent or value list stay zero.
         for (size_t k = 0; k < times.size(); ++k, out += 3 * sizeof(V)) {
             if (k < inTangents.size()) std::memcpy(out, &inTangents[k], sizeof(V));
             if (k < values.size()) std::memcpy(out + sizeof(V), &values[k], sizeof(V));
             if (k < outTangents.size()) std::memcpy(out + 2 * sizeof(V), &outTangents[k], sizeof(V));
         }
-        b.bufferViews[size_t(view)].byteLength = static_cast<uint32_t>(length);
     } else {
         count = static_cast<uint32_t>(values.size());
         AppendToView(b, view, values.data(), values.size() * sizeof(V));
@@ -78,10 +75,7 @@ int32_t WeightsAccessor(ExportContext& ctx, const WeightsChannel& channel) {
     for (const auto* p : parts) total += p->size();
 
     int32_t view = AddBufferView(b, 0);
-    size_t length = total * sizeof(float);
-    size_t old = b.data.size();
-    b.data.resize((old + length + 3) & ~size_t(3), 0);
-    uint8_t* out = b.data.data() + old;
+    uint8_t* out = GrowView(b, view, total * sizeof(float));
     bool any = false;
     float lo = 0.0f, hi = 0.0f;
     for (const auto* p : parts) {
@@ -98,7 +92,6 @@ int32_t WeightsAccessor(ExportContext& ctx, const WeightsChannel& channel) {
             }
         }
     }
-    b.bufferViews[size_t(view)].byteLength = static_cast<uint32_t>(length);
     int32_t accessor = AddAccessor(b, view, kFormatScalarF32);
     GlbAccessor& a = b.accessors[size_t(accessor)];
     a.count = static_cast<uint32_t>(total);

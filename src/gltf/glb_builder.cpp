@@ -30,11 +30,16 @@ int32_t AddAccessor(GlbBuilder& builder, int32_t view, const AccessorFormat& for
 
 int32_t AddAccessor(GlbBuilder& builder, const AccessorFormat& format) { return AddAccessor(builder, -1, format); }
 
-void AppendToView(GlbBuilder& builder, int32_t view, const void* bytes, size_t length) {
+uint8_t* GrowView(GlbBuilder& builder, int32_t view, size_t length) {
     size_t old = builder.data.size();
     builder.data.resize((old + length + 3) & ~size_t(3), 0);
-    if (length) std::memcpy(builder.data.data() + old, bytes, length);
     builder.bufferViews[size_t(view)].byteLength = static_cast<uint32_t>(length);
+    return builder.data.data() + old;
+}
+
+void AppendToView(GlbBuilder& builder, int32_t view, const void* bytes, size_t length) {
+    uint8_t* out = GrowView(builder, view, length);
+    if (length) std::memcpy(out, bytes, length);
 }
 
 int32_t AddDataView(GlbBuilder& builder, const void* bytes, size_t length) {

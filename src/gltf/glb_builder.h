@@ -12,8 +12,11 @@ int32_t AddBufferView(GlbBuilder& builder, uint32_t target);
 int32_t AddAccessor(GlbBuilder& builder, int32_t view, const AccessorFormat& format);
 int32_t AddAccessor(GlbBuilder& builder, const AccessorFormat& format);
 
-// Appends length bytes padded with zeros to a multiple of 4 and gives the view their
-// unpadded length, so that the next view starts 4-aligned.
+// Grows the data by length zero bytes, padded to a multiple of 4, and gives the view the
+// unpadded length, so that the next view starts 4-aligned. Returns where the length bytes
+// start, for the caller to fill.
+uint8_t* GrowView(GlbBuilder& builder, int32_t view, size_t length);
+// GrowView filled with a copy of the bytes.
 void AppendToView(GlbBuilder& builder, int32_t view, const void* bytes, size_t length);
 // A view of target 0 holding the bytes; gives the view's index.
 int32_t AddDataView(GlbBuilder& builder, const void* bytes, size_t length);

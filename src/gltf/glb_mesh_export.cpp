@@ -9,14 +9,12 @@
 #include "scene/scene.h"
 
 namespace {
-// Copies n groups of 3 floats; a source shorter than that leaves zeros.
-void AppendVec3s(GlbBuilder& builder, int32_t view, const std::vector<float>& source, uint32_t n) {
-    size_t length = size_t(n) * 12;
-    size_t old = builder.data.size();
-    builder.data.resize((old + length + 3) & ~size_t(3), 0);
-    size_t available = std::min(length, source.size() * sizeof(float));
-    if (available) std::memcpy(builder.data.data() + old, source.data(), available);
-    builder.bufferViews[size_t(view)].byteLength = static_cast<uint32_t>(length);
+// Copies the first length bytes of the source; a source shorter than that leaves zeros.
+template <typename T>
+void AppendFirstBytes(GlbBuilder& builder, int32_t view, const std::vector<T>& source, size_t length) {
+    uint8_t* out = GrowView(builder, view, length);
+    size_t available = std::min(length, source.size() * sizeof(T));
+    if (available) std::memcpy(out, source.data(), available);
 }
 
 GlbPrimitive ExportPlainPrimitive(const MeshInstance& instance, GlbBuilder& builder, MeshExportCaches& caches,
@@ -63,18 +61,11 @@ GlbPrimitive ExportPlainPrimitive(const MeshInstance& instance, GlbBuilder& buil
 GlbTargetPair ExportMorphTarget(const MorphTarget& target, GlbBuilder& builder) {
     uint32_t n = target.count;
     int32_t indexView = AddBufferView(builder, 0);
-    {
-        size_t length = size_t(n) * 4;
-        size_t old = builder.data.size();
-        builder.data.resize((old + length + 3) & ~size_t(3), 0);
-        size_t available = std::min(length, target.indices.size() * sizeof(uint32_t));
-        if (available) std::memcpy(builder.data.data() + old, target.indices.data(), available);
-        builder.bufferViews[size_t(indexView)].byteLength = static_cast<uint32_t>(length);
-    }
+    AppendFirstBytes(builder, indexView, target.indices, size_t(n) * 4);
 
     GlbTargetPair pair;
     int32_t positionView = AddBufferView(builder, 0);
-    AppendVec3s(builder, positionView, target.deltaPositions, n);
+    AppendFirstBytes(builder, positionView, target.deltaPositions, size_t(n) * 12);
     pair.position = AddAccessor(builder, positionView, kFormatVec3F32);
     {
         GlbAccessor& a = builder.accessors[size_t(pair.position)];
@@ -87,7 +78,7 @@ GlbTargetPair ExportMorphTarget(const MorphTarget& target, GlbBuilder& builder) 
     }
 
     int32_t normalView = AddBufferView(builder, 0);
-    AppendVec3s(builder, normalView, target.deltaNormals, n);
+    AppendFirstBytes(builder, normalView, target.deltaNormals, size_t(n) * 12);
     pair.normal = AddAccessor(builder, normalView, kFormatVec3F32);
     {
         GlbAccessor& a = builder.accessors[size_t(pair.normal)];

@@ -167,15 +167,11 @@ int32_t ExportIndices(GlbBuilder& builder, const std::vector<uint32_t>& indices)
     } else {
         accessor = AddAccessor(builder, view, kFormatScalarU16);
         // Narrow straight into the buffer: no temporary copy of a large index list.
-        size_t old = builder.data.size();
-        size_t length = indices.size() * 2;
-        builder.data.resize((old + length + 3) & ~size_t(3), 0);
-        uint8_t* out = builder.data.data() + old;
+        uint8_t* out = GrowView(builder, view, indices.size() * 2);
         for (size_t i = 0; i < indices.size(); ++i) {
             uint16_t narrow = static_cast<uint16_t>(indices[i]);
             std::memcpy(out + i * 2, &narrow, 2);
         }
-        builder.bufferViews[size_t(view)].byteLength = static_cast<uint32_t>(length);
     }
     builder.accessors[size_t(accessor)].count = static_cast<uint32_t>(indices.size());
     return accessor;
