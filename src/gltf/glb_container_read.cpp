@@ -97,8 +97,10 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
     {
         // The window is large, so it lives on the heap rather than the stack.
         auto stream = std::make_unique<BoundedFileStream>(file, chunks[0].length);
-        // A broken text leaves a null document; the load goes on with an empty one.
-        context.json.ParseStream(*stream);
+        // A broken text leaves a null document; the load goes on with an empty one. The
+        // iterative parser builds the same values as the recursive one, but a text nested a
+        // million levels deep cannot exhaust the call stack.
+        context.json.ParseStream<rapidjson::kParseIterativeFlag>(*stream);
     }
     if (chunks.size() < 2) return true;
 

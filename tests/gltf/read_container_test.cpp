@@ -135,3 +135,20 @@ TEST(ReadContainer, BinaryChunkBeyondTheFileIsRefused) {
     EXPECT_EQ(err.rfind("ERROR: ", 0), 0u) << err;
     EXPECT_NE(err.find("in.glb"), std::string::npos);
 }
+
+TEST(ReadContainer, DeeplyNestedJsonDoesNotExhaustTheStack) {
+    // Far deeper than any call stack holds at one frame per level.
+    ScratchDir dir;
+    const size_t depth = 1000000;
+    GltfContext unclosed;
+    ASSERT_TRUE(ReadBytes(dir, Text(std::string(depth, '[')), unclosed, "unclosed.gltf"));
+    EXPECT_TRUE(unclosed.document.nodes.empty());
+
+    // Balanced nesting is valid JSON: the members beside it are still read.
+    const std::string json = R"({"extras":)" + std::string(depth, '[') + std::string(depth, ']') +
+                             R"(,"nodes":[{"name":"kept"}]})";
+    GltfContext balanced;
+    ASSERT_TRUE(ReadBytes(dir, Text(json), balanced, "balanced.gltf"));
+    ASSERT_EQ(balanced.document.nodes.size(), 1u);
+    EXPECT_EQ(balanced.document.nodes[0].name, "kept");
+}
