@@ -121,8 +121,9 @@ void GltfImporter::ImportSkins() {
                     std::copy_n(floats.begin() + ptrdiff_t(m * 16), 16, skin->inverseBindMatrices[m].m);
             }
         }
-        // Writers pair matrices with joints one to one.
-        if (!skin->inverseBindMatrices.empty() && skin->inverseBindMatrices.size() != record.joints.size())
+        // Writers pair matrices with joints by position, so each joint needs one; surplus
+        // matrices are allowed by glTF and kept.
+        if (!skin->inverseBindMatrices.empty() && skin->inverseBindMatrices.size() < record.joints.size())
             throw GltfError(Label("skin", s) + " has " + std::to_string(skin->inverseBindMatrices.size()) +
                             " inverse bind matrices for " + std::to_string(record.joints.size()) + " joints");
         skin->joints.reserve(record.joints.size());

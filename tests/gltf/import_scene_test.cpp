@@ -227,12 +227,26 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
     EXPECT_EQ(scene->ownedLights[1]->range, 5.0f);
 }
 
-TEST(ImportObjects, SkinMatricesMustMatchTheJoints) {
+TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
     ScratchDir dir;
     GlbFixture glb;
-    const int ibm = glb.AddData(std::vector<float>(32, 1.0f), kFloat, "MAT4");
+    std::vector<float> two(32, 0.0f);
+    two[16] = 7.0f;
+    const int ibm = glb.AddData(two, kFloat, "MAT4");
+    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    const std::string mesh = R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + "}}]}],";
+    // More matrices than joints is valid glTF: every whole matrix is kept, in file order.
+    auto scene = ImportMembers(dir, glb, mesh + R"("nodes":[{"mesh":0,"skin":0}],"skins":[{"joints":[0],"inverseBindMatrices":)" +
+                                             N(ibm) + "}]");
+    ASSERT_TRUE(scene && scene->root);
+    const Skin* skin = scene->root->geometry->meshInstances[0]->skin;
+    ASSERT_TRUE(skin);
+    ASSERT_EQ(skin->inverseBindMatrices.size(), 2u);
+    EXPECT_EQ(skin->inverseBindMatrices[1][0], 7.0f);
+    EXPECT_EQ(skin->joints, (std::vector<int64_t>{0}));
+    // Fewer matrices than joints would leave joints without a bind pose.
     GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("nodes":[{}],"skins":[{"joints":[0],"inverseBindMatrices":)" + N(ibm) + "}]"),
+    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("nodes":[{},{},{}],"skins":[{"joints":[0,1,2],"inverseBindMatrices":)" + N(ibm) + "}]"),
                           context));
     EXPECT_THROW(delete ImportGltfScene(context), GltfError);
 }
