@@ -398,6 +398,72 @@ TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
     EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
 }
 
+TEST(GlbNodeExport, NodesAreNumberedDepthFirstParentsFirst) {
+    // root -> (a -> (a1 -> a11), b -> b1): a subtree is numbered whole before its next sibling.
+    GraphNode* root = NewNode("root", 0);
+    GraphNode* a = NewNode("a", 1, root);
+    NewNode("a11", 3, NewNode("a1", 2, a));
+    NewNode("b1", 5, NewNode("b", 4, root));
+    std::vector<GlbNode> nodes = ExportNodes(root);
+    delete root;
+    ASSERT_EQ(nodes.size(), 6u);
+    const char* names[] = {"root", "a", "a1", "a11", "b", "b1"};
+    const std::vector<int32_t> children[] = {{1, 4}, {2}, {3}, {}, {5}, {}};
+    for (size_t i = 0; i < 6; ++i) {
+        SCOPED_TRACE(names[i]);
+        EXPECT_EQ(nodes[i].index, int32_t(i));
+        EXPECT_EQ(nodes[i].name, names[i]);
+        EXPECT_EQ(nodes[i].children, children[i]);
+    }
+    EXPECT_EQ(nodes[4].id, 4u);
+}
+
+TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone) {
+    Scene scene;
+    scene.root = NewNode("root", 0);
+    GraphNode* other = NewNode("other", 1, scene.root);
+    auto target = [](const char* name, float weight) {
+        MorphTarget* t = new MorphTarget(3);
+        t->deltaPositions[0] = 1.0f;
+        t->name = name;
+        t->defaultWeight = weight;
+        Compact(*t, FLT_EPSILON);
+        return t;
+    };
+    Geometry* g = NewGeometry(scene, "g", 0);
+    VertexData* v = Triangle();
+    MeshInstance* first = NewInstance(*g, v, {0, 1, 2});
+    first->morph = new Morph;
+    first->morph->targets = {target("a", 0.5f), target("b", 0.25f)};
+    MeshInstance* second = NewInstance(*g, v, {0, 1, 2});
+    second->morph = new Morph;
+    second->morph->targets = {target("c", 0.75f)};
+    scene.root->geometry = g;
+    // A second geometry made of the first one's morphed instance.
+    Geometry* h = NewGeometry(scene, "h", 1);
+    h->meshInstances.push_back(first);
+    other->geometry = h;
+
+    std::vector<GlbNode> nodes = ExportNodes(scene.root);
+    GlbBuilder b;
+    std::vector<GlbMesh> meshes;
+    std::vector<GlbSkin> skins;
+    ExportMeshes(nodes, b, meshes, skins);
+    ASSERT_EQ(meshes.size(), 2u);
+    EXPECT_EQ(meshes[0].weights, (std::vector<float>{0.75f}));
+    EXPECT_EQ(meshes[0].targetNames, (std::vector<std::string>{"c"}));
+    ASSERT_EQ(meshes[0].primitives.size(), 2u);
+    EXPECT_EQ(meshes[0].primitives[0].targets.size(), 2u);
+    EXPECT_EQ(meshes[0].primitives[1].targets.size(), 1u);
+    // The cached copy brings its targets but the mesh gets no weights from it.
+    ASSERT_EQ(meshes[1].primitives.size(), 1u);
+    EXPECT_EQ(meshes[1].primitives[0].targets.size(), 2u);
+    EXPECT_EQ(meshes[1].primitives[0].targets[1].position, meshes[0].primitives[0].targets[1].position);
+    EXPECT_TRUE(meshes[1].weights.empty());
+    EXPECT_TRUE(meshes[1].targetNames.empty());
+    EXPECT_EQ(nodes[1].mesh, 1);
+}
+
 TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
     Scene scene;
     scene.root = NewNode("root", 0);
