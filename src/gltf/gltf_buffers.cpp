@@ -88,8 +88,11 @@ std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, 
 
 ByteRange BufferBytes(GltfContext& context, int32_t index) {
     const auto& buffers = context.document.buffers;
-    // Without any declared buffer, views address the binary chunk as a GLB would.
-    if (buffers.empty()) return {context.binaryChunk.data(), context.binaryChunk.size()};
+    // A file with a binary chunk keeps all its data there: every view addresses the chunk,
+    // whatever buffer it names and whatever "uri" that buffer has. Only a file without one
+    // (a text .gltf) has its buffers loaded from their "uri".
+    if (!context.binaryChunk.empty() || buffers.empty())
+        return {context.binaryChunk.data(), context.binaryChunk.size()};
     if (index < 0 || size_t(index) >= buffers.size())
         throw GltfError("buffer " + std::to_string(index) + " does not exist");
     if (buffers[size_t(index)].uri.empty()) return {context.binaryChunk.data(), context.binaryChunk.size()};

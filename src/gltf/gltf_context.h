@@ -38,6 +38,6 @@ struct ByteRange {
 // Throws GltfError for a missing view or buffer, or an offset past the buffer.
 ByteRange ViewBytes(GltfContext& context, int32_t viewIndex);
 
-// The bytes of buffer `index`: the binary chunk for a buffer without "uri", else the
-// external file (relative to the input) or the decoded data URI.
+// The bytes of buffer `index`: the binary chunk when the file has one or the buffer has no
+// "uri", else the external file (relative to the input) or the decoded data URI.
 ByteRange BufferBytes(GltfContext& context, int32_t index);

@@ -192,3 +192,20 @@ TEST(ReadAccessor, SixtyFourBitDracoSourcesUseTheirFactors) {
     EXPECT_EQ((gltfconvert::Convert<uint16_t, double>(70000.5, false)), uint16_t(70000));
     EXPECT_EQ((gltfconvert::Convert<uint16_t, float>(std::nanf(""), true)), 0);
 }
+
+TEST(ReadAccessor, GlbViewsAlwaysAddressTheBinaryChunk) {
+    // Neither the view's buffer index nor that buffer's "uri" moves a view off the chunk.
+    ScratchDir dir;
+    const float data[2] = {1.5f, -2.0f};
+    std::vector<uint8_t> chunk(sizeof data);
+    std::memcpy(chunk.data(), data, sizeof data);
+    const std::string json = R"({"buffers":[{"byteLength":8},{"uri":"missing.bin","byteLength":8}],
+        "bufferViews":[{"buffer":1,"byteLength":8},{"byteLength":8},{"buffer":9,"byteLength":8}],
+        "accessors":[{"bufferView":0,"componentType":5126,"count":2,"type":"SCALAR"},
+                     {"bufferView":1,"componentType":5126,"count":2,"type":"SCALAR"},
+                     {"bufferView":2,"componentType":5126,"count":1,"type":"VEC2"}]})";
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, MakeGlb(json, chunk), context));
+    for (const GltfAccessor& accessor : context.document.accessors)
+        EXPECT_EQ(ReadAccessorAsFloat(accessor, context), (std::vector<float>{1.5f, -2.0f}));
+}
