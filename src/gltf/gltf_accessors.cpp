@@ -32,10 +32,6 @@ std::vector<T> ReadDense(const GltfAccessor& accessor, GltfContext& context, boo
     const GltfBufferView& view = context.document.bufferViews[size_t(accessor.bufferView)];
     const uint32_t comps = ElementComponents(accessor.type);
     const uint64_t elementSize = uint64_t(comps) * sizeof(S);
-    // Elements overlapping their neighbours would multiply the data read from each byte.
-    if (view.byteStride != 0 && view.byteStride < elementSize)
-        throw GltfError("buffer view " + std::to_string(accessor.bufferView) + " has a byte stride of " +
-                        std::to_string(view.byteStride) + " for elements of " + std::to_string(elementSize) + " bytes");
     const uint64_t stride = view.byteStride ? view.byteStride : elementSize;
     const uint64_t count = accessor.count;
     if (count == 0 || comps == 0) return out;
