@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace {
@@ -60,6 +61,9 @@ std::vector<std::string> MakeImageFileNames(GltfContext& context) {
     std::vector<std::string> names;
     names.reserve(images.size());
     std::unordered_set<std::string> used;
+    // Per stem and extension, the counter to try next: the names below it are all taken
+    // and stay taken, so many images of one name cost no rescan from 1 each.
+    std::unordered_map<std::string, int> nextCounter;
     for (size_t i = 0; i < images.size(); ++i) {
         const GltfImage& image = images[i];
         const std::string extension = ExtensionOf(context, i);
@@ -87,8 +91,13 @@ std::vector<std::string> MakeImageFileNames(GltfContext& context) {
         }
 
         std::string candidate = stem + dotted;
-        for (int counter = 1; used.count(candidate); ++counter)
-            candidate = stem + "_" + std::to_string(counter) + dotted;
+        if (used.count(candidate)) {
+            int& counter = nextCounter.try_emplace(candidate, 1).first->second;
+            do {
+                candidate = stem + "_" + std::to_string(counter) + dotted;
+                ++counter;
+            } while (used.count(candidate));
+        }
         used.insert(candidate);
         names.push_back(std::move(candidate));
     }
@@ -115,7 +124,8 @@ bool ExtractEmbeddedImages(GltfContext& context) {
         std::cout << "writing " << data[i].size << " bytes to " << file << "..." << std::endl;
         std::FILE* f = std::fopen(file.c_str(), "wb");
         if (!f) {
-            std::cerr << "error: failed to open file='" << file << "' for writing err=" << std::strerror(errno)
+            const int openError = errno;  // before the stream calls below can change it
+            std::cerr << "error: failed to open file='" << file << "' for writing err=" << std::strerror(openError)
                       << std::endl;
             continue;
         }

@@ -1,4 +1,5 @@
 // Image file names and the saving of embedded images into "<input>.fbm".
+#include <chrono>
 #include <fstream>
 
 #include "gltf/gltf_images.h"
@@ -31,6 +32,31 @@ TEST(ImageNames, DuplicatesCountUp) {
     EXPECT_EQ(Names(R"([{"name":"skin","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
                         {"name":"skin","mimeType":"image/png"},{"name":"Skin","mimeType":"image/png"}])"),
               (std::vector<std::string>{"skin.png", "skin_1.png", "skin_2.png", "Skin.png"}));
+}
+
+TEST(ImageNames, CountersSkipNamesTakenByOtherImages) {
+    EXPECT_EQ(Names(R"([{"name":"skin","mimeType":"image/png"},{"name":"skin_2","mimeType":"image/png"},
+                        {"name":"skin","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
+                        {"name":"skin_3","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
+                        {"name":"skin","mimeType":"image/jpeg"}])"),
+              (std::vector<std::string>{"skin.png", "skin_2.png", "skin_1.png", "skin_3.png", "skin_3_1.png",
+                                        "skin_4.png", "skin.jpg"}));
+}
+
+TEST(ImageNames, ManyImagesOfOneNameTakeLinearTime) {
+    // Trying every counter from 1 for each image would be 1.25e9 probes here.
+    const size_t count = 50000;
+    std::string images = "[";
+    for (size_t i = 0; i < count; ++i) images += std::string(i ? "," : "") + R"({"name":"a","mimeType":"image/png"})";
+    images += "]";
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<std::string> names = Names(images);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    ASSERT_EQ(names.size(), count);
+    EXPECT_EQ(names[0], "a.png");
+    EXPECT_EQ(names[1], "a_1.png");
+    EXPECT_EQ(names[count - 1], "a_" + std::to_string(count - 1) + ".png");
+    EXPECT_LT(seconds, 20.0);
 }
 
 TEST(ImageNames, ExtensionCutOnALowerCasedCopy) {
