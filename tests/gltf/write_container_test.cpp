@@ -1,4 +1,5 @@
 // The GLB container as written: header, padded chunks and back-patched lengths.
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -54,6 +55,41 @@ TEST(GlbContainer, UnwritablePathIsLeftAloneQuietly) {
     WriteGlbFile(dir, JsonValue::Object(), GlbBuilder{});
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_TRUE(std::filesystem::is_directory(dir));
+}
+
+std::string g_layoutPath;  // a global: the failure checks below cannot see locals
+
+void WriteViews(const std::string& stem, std::initializer_list<std::pair<uint32_t, uint32_t>> views) {
+    JsonValue buffer = JsonValue::Object();
+    buffer.Add("byteLength", JsonValue(uint32_t(8)));
+    JsonValue buffers = JsonValue::Array();
+    buffers.Add(buffer);
+    JsonValue list = JsonValue::Array();
+    for (auto [offset, length] : views) {
+        JsonValue view = JsonValue::Object();
+        view.Add("buffer", JsonValue(int32_t(0)));
+        view.Add("byteLength", JsonValue(length));
+        view.Add("byteOffset", JsonValue(offset));
+        list.Add(view);
+    }
+    JsonValue json = JsonValue::Object();
+    json.Add("buffers", buffers);
+    json.Add("bufferViews", list);
+    GlbBuilder builder;
+    builder.data.resize(8);
+    g_layoutPath = TempGlbPath(stem);
+    WriteGlbFile(g_layoutPath, json, builder);
+}
+
+TEST(GlbValidatorRules, LayoutCheckAllowsOnlyEmptyViewsAtTheEnd) {
+    WriteViews("layout_ok", {{0, 8}, {8, 0}});
+    ExpectViewsInsideBuffer(g_layoutPath);
+    WriteViews("layout_past_end", {{12, 0}});
+    EXPECT_NONFATAL_FAILURE(ExpectViewsInsideBuffer(g_layoutPath), "view 0");
+    WriteViews("layout_too_long", {{4, 8}});
+    EXPECT_NONFATAL_FAILURE(ExpectViewsInsideBuffer(g_layoutPath), "view 0");
+    WriteViews("layout_unaligned", {{2, 4}});
+    EXPECT_NONFATAL_FAILURE(ExpectViewsInsideBuffer(g_layoutPath), "view 0");
 }
 
 TEST(GlbValidatorRules, CorpusListMatchesTheTestList) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -10,6 +11,7 @@
 
 #include "gltf/glb_buffer_estimate.h"
 #include "gltf/glb_writer.h"
+#include "json/json.h"
 
 #ifndef VURL_SOURCE_DIR
 #error "VURL_SOURCE_DIR must name the source tree"
@@ -225,7 +227,35 @@ const std::vector<std::string>& PrescribedValidatorErrors() {
     return rules;
 }
 
+namespace {
+uint64_t NumberOf(const JsonValue& value) {
+    std::string text(value.Text());
+    return text.empty() || text[0] == '-' ? UINT64_MAX : std::stoull(text);
+}
+}  // namespace
+
+void ExpectViewsInsideBuffer(const std::string& path) {
+    GlbParts parts = ReadGlbParts(path);
+    ASSERT_TRUE(parts.ok) << path << ": " << parts.error;
+    JsonParser parser;
+    JsonValue root = parser.ParseString(TrimmedJson(parts));
+    ASSERT_FALSE(root.IsNullHandle()) << path << ": " << parser.error;
+    uint64_t size = NumberOf(root.Get("buffers").Member(0).Get("byteLength"));
+    EXPECT_EQ(size, parts.bin.size()) << path;
+    JsonValue views = root.Get("bufferViews");
+    for (size_t i = 0; i < views.Count(); ++i) {
+        uint64_t offset = NumberOf(views.Member(i).Get("byteOffset"));
+        uint64_t length = NumberOf(views.Member(i).Get("byteLength"));
+        EXPECT_EQ(offset % 4, 0u) << path << ": view " << i;
+        EXPECT_LE(offset, size) << path << ": view " << i;
+        EXPECT_LE(length, size - std::min(offset, size)) << path << ": view " << i;
+    }
+}
+
 void ExpectValidatorClean(const std::string& path, const std::vector<std::string>& alsoAllowed) {
+    // Checked here whether node is present or not; it also bounds the one validator error
+    // allowed on view offsets to views of length 0 at the buffer's end.
+    ExpectViewsInsideBuffer(path);
     std::vector<std::string> rules = PrescribedValidatorErrors();
     rules.insert(rules.end(), alsoAllowed.begin(), alsoAllowed.end());
     ValidatorResult r = RunValidator(path, rules);

@@ -50,7 +50,12 @@ ValidatorResult RunValidator(const std::string& path, const std::vector<std::str
 // The errors that our output rules themselves produce, each only where its rule puts it.
 const std::vector<std::string>& PrescribedValidatorErrors();
 
-// Fails the current test when the validator reports any other error than the prescribed
+// Fails the current test unless every buffer view of the file is 4-aligned and lies within
+// the one buffer, whose length is that of the binary chunk (a view of length 0 may start at
+// the buffer's end).
+void ExpectViewsInsideBuffer(const std::string& path);
+
+// Runs ExpectViewsInsideBuffer first. Fails the current test when the validator reports any other error than the prescribed
 // ones and those of `alsoAllowed`; skips it when node is absent.
 void ExpectValidatorClean(const std::string& path, const std::vector<std::string>& alsoAllowed = {});
 
