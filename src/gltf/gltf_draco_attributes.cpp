@@ -23,6 +23,10 @@ std::vector<T> ReadPoints(const draco::PointAttribute& attribute, uint32_t point
     std::vector<T> out;
     out.resize(size_t(points) * comps);
     T* dst = out.data();
+    // An explicit point-to-value map shorter than the point count would be read past its end.
+    if (!attribute.is_mapping_identity() && attribute.indices_map_size() < points)
+        throw GltfError("Draco attribute " + std::to_string(attribute.unique_id()) + " maps " +
+                        std::to_string(attribute.indices_map_size()) + " of " + std::to_string(points) + " points");
     for (uint32_t p = 0; p < points; ++p) {
         const int64_t mapped = attribute.mapped_index(draco::PointIndex(p)).value();
         const int64_t position = attribute.byte_offset() + mapped * stride;

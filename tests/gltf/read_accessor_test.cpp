@@ -2,7 +2,10 @@
 #include <cstring>
 #include <fstream>
 
+#include <draco/point_cloud/point_cloud.h>
+
 #include "gltf/gltf_accessors.h"
+#include "gltf/gltf_draco_attributes.h"
 #include "gltf/gltf_convert.h"
 #include "read_test_util.h"
 
@@ -217,4 +220,28 @@ TEST(ReadAccessor, GlbViewsAlwaysAddressTheBinaryChunk) {
     ASSERT_TRUE(ReadBytes(dir, MakeGlb(json, chunk), context));
     for (const GltfAccessor& accessor : context.document.accessors)
         EXPECT_EQ(ReadAccessorAsFloat(accessor, context), (std::vector<float>{1.5f, -2.0f}));
+}
+
+TEST(ReadDracoAttribute, ExplicitMapPicksTheValueOfEachPoint) {
+    // Two stored values shared by four points through an explicit map.
+    draco::PointCloud cloud;
+    cloud.set_num_points(4);
+    draco::GeometryAttribute position;
+    position.Init(draco::GeometryAttribute::POSITION, nullptr, 2, draco::DT_INT16, false, 4, 0);
+    const int id = cloud.AddAttribute(position, false, 2);
+    draco::PointAttribute* attribute = cloud.attribute(id);
+    const int16_t values[4] = {-32768, 7, 100, -1};
+    attribute->buffer()->Write(0, values, sizeof values);
+    const uint32_t map[4] = {1, 0, 0, 1};
+    for (uint32_t p = 0; p < 4; ++p) attribute->SetPointMapEntry(draco::PointIndex(p), draco::AttributeValueIndex(map[p]));
+    const GltfAttributeMap names = {{"POSITION", int32_t(attribute->unique_id())}};
+    EXPECT_EQ(ReadDracoAttributeAsFloat("POSITION", names, cloud),
+              (std::vector<float>{100, -1, -32768, 7, -32768, 7, 100, -1}));
+    EXPECT_EQ(ReadDracoAttributeAsJoint("POSITION", names, cloud),
+              (std::vector<uint16_t>{100, 65535, 32768, 7, 32768, 7, 100, 65535}));
+    EXPECT_TRUE(ReadDracoAttributeAsFloat("NORMAL", names, cloud).empty());
+
+    // More points than the map holds entries for is refused, not read past the map.
+    cloud.set_num_points(5);
+    EXPECT_THROW(ReadDracoAttributeAsFloat("POSITION", names, cloud), GltfError);
 }
