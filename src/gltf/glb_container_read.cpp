@@ -1,5 +1,6 @@
 #include "gltf/glb_container_read.h"
 
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -37,7 +38,10 @@ void BoundedFileStream::Refill() {
 }
 
 bool ReadGlbContainer(const std::string& path, GltfContext& context) {
-    std::unique_ptr<std::FILE, FileCloser> holder(std::fopen(path.c_str(), "r"));
+    // A folder opens for reading on some systems, only to read as an empty file.
+    std::error_code folderError;
+    const bool folder = std::filesystem::is_directory(path, folderError);
+    std::unique_ptr<std::FILE, FileCloser> holder(folder ? nullptr : std::fopen(path.c_str(), "r"));
     std::FILE* file = holder.get();
     if (!file) {
         std::cerr << "error: unable to open file '" << path << "' for reading";

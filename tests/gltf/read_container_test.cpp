@@ -68,6 +68,16 @@ TEST(ReadContainer, MissingFileHasNoLineEnd) {
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "error: unable to open file '" + dir.File("none.glb") + "' for reading");
 }
 
+TEST(ReadContainer, FolderIsNotAFileToRead) {
+    ScratchDir dir;
+    std::filesystem::create_directories(dir.File("folder.glb"));
+    GltfContext context;
+    ::testing::internal::CaptureStderr();
+    EXPECT_FALSE(ReadGlbContainer(dir.File("folder.glb"), context));
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "error: unable to open file '" + dir.File("folder.glb") + "' for reading");
+}
+
 TEST(ReadContainer, FilesWithoutMagicAreBareJson) {
     ScratchDir dir;
     GltfContext tiny;
