@@ -70,6 +70,11 @@ std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, 
     }
     const std::filesystem::path file =
         std::filesystem::path(context.path).parent_path() / std::filesystem::path(DecodeUriPath(uri));
+    // A folder would read as garbage and a pipe would block the run waiting for a writer.
+    std::error_code kindError;
+    const std::filesystem::file_status kind = std::filesystem::status(file, kindError);
+    if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind))
+        throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' is not a regular file");
     std::FILE* f = std::fopen(file.string().c_str(), "rb");
     if (!f) throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' cannot be opened");
     bool ok = std::fseek(f, 0, SEEK_END) == 0;

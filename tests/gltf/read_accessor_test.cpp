@@ -2,6 +2,8 @@
 #include <cstring>
 #include <fstream>
 
+#include <sys/stat.h>
+
 #include <draco/point_cloud/point_cloud.h>
 
 #include "gltf/gltf_accessors.h"
@@ -193,6 +195,18 @@ TEST(ReadAccessor, TextGltfReadsExternalAndDataUriBuffers) {
     GltfContext other;
     ASSERT_TRUE(ReadBytes(dir, Text(missing), other, "missing.gltf"));
     EXPECT_THROW(ReadAccessorAsFloat(other.document.accessors[0], other), GltfError);
+
+    // Only a plain file is read as a buffer: a folder or a pipe is refused before it is opened.
+    std::filesystem::create_directories(dir.File("folder.bin"));
+    ASSERT_EQ(mkfifo(dir.File("pipe.bin").c_str(), 0600), 0);
+    for (const char* uri : {"folder.bin", "pipe.bin"}) {
+        const std::string special = R"({"buffers":[{"uri":")" + std::string(uri) + R"("}],
+            "bufferViews":[{"buffer":0,"byteLength":4}],
+            "accessors":[{"bufferView":0,"componentType":5126,"count":1,"type":"SCALAR"}]})";
+        GltfContext context;
+        ASSERT_TRUE(ReadBytes(dir, Text(special), context, "special.gltf"));
+        EXPECT_THROW(ReadAccessorAsFloat(context.document.accessors[0], context), GltfError) << uri;
+    }
 }
 
 TEST(ReadAccessor, SixtyFourBitDracoSourcesUseTheirFactors) {
