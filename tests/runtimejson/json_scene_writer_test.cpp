@@ -49,6 +49,9 @@ TEST_F(JsonSceneWriter, LaterRoleReplacesEarlierOne) {
     options.exportMetadata = true;
     options.prettyPrint = true;
     EXPECT_EQ(Written(options).substr(0, 12), "{\n\t\"meshes\":");
+
+    options.exportSceneMetadata = true;
+    EXPECT_EQ(Written(options).substr(0, 29), "{\n\t\"scene\": {\n\t\t\"version\": 1,");
 }
 
 TEST_F(JsonSceneWriter, ModelStaysWhenNoTakeOfTheFileExists) {
