@@ -161,6 +161,67 @@ TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
     EXPECT_EQ(slot.uv, 2);
 }
 
+TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
+    ScratchDir dir;
+    auto scene = ImportMaterials(dir, R"([{
+        "pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":3,
+            "extensions":{"KHR_texture_transform":{"offset":[1,2,3],"rotation":0.5,"scale":[2,4]}}}},
+        "extensions":{
+          "KHR_materials_clearcoat":{"clearcoatTexture":{"index":0},"clearcoatRoughnessTexture":{"index":1}},
+          "KHR_materials_specular":{"specularTexture":{"index":0},"specularColorTexture":{"index":1},
+              "specularColorFactor":[0.5,0.5,0.5]},
+          "KHR_materials_transmission":{"transmissionTexture":{"index":1}},
+          "KHR_materials_sheen":{"sheenColorTexture":{"index":1},"sheenRoughnessTexture":{"index":0}},
+          "KHR_materials_volume":{"thicknessTexture":{"index":0}},
+          "KHR_materials_iridescence":{"iridescenceThicknessTexture":{"index":1}}}}])",
+        R"(,"textures":[{"source":0,"sampler":0},{"source":1,"sampler":1}],
+            "samplers":[{"minFilter":9986,"magFilter":9729},{"minFilter":9728,"wrapS":10497,"wrapT":33071}],
+            "images":[{"name":"a","mimeType":"image/png"},{"name":"b","mimeType":"image/png"}])");
+    ASSERT_TRUE(scene);
+    const Material* m = MaterialOf(*scene, 0);
+    ASSERT_TRUE(m);
+    // The transform keeps the reference's texCoord and skips the offset of three numbers.
+    EXPECT_EQ(m->diffuseMap.uv, 3);
+    EXPECT_EQ(m->diffuseMap.offset[0], 0.0f);
+    EXPECT_EQ(m->diffuseMap.rotation, 0.5f);
+    EXPECT_EQ(m->diffuseMap.tiling[1], 4.0f);
+    EXPECT_EQ(m->opacityMap.tiling[0], 2.0f);
+    EXPECT_EQ(m->diffuseMap.channel, "");
+
+    auto uriOf = [](const TextureSlot& slot) { return slot.texture ? slot.texture->uri : std::string("none"); };
+    EXPECT_EQ(uriOf(m->clearCoatMap), "a.png");
+    EXPECT_EQ(uriOf(m->clearCoatGlossMap), "b.png");
+    EXPECT_EQ(m->clearCoatGlossMap.channel, "g");
+    EXPECT_EQ(uriOf(m->clearCoatNormalMap), "none");
+    EXPECT_EQ(uriOf(m->specularityFactorMap), "a.png");
+    EXPECT_EQ(m->specularityFactorMap.channel, "a");
+    EXPECT_EQ(uriOf(m->specularMap), "b.png");
+    EXPECT_TRUE(m->specularTint);
+    EXPECT_NEAR(m->specular.y, 0.7297f, 1e-4f);
+    EXPECT_EQ(uriOf(m->refractionMap), "b.png");
+    EXPECT_EQ(uriOf(m->sheenMap), "b.png");
+    EXPECT_EQ(m->sheenMap.channel, "");  // the sheen colour map names no channel
+    EXPECT_FALSE(m->sheenTint);
+    EXPECT_EQ(m->sheen, Vec3(1, 1, 1));
+    EXPECT_EQ(uriOf(m->sheenGlossMap), "a.png");
+    EXPECT_EQ(uriOf(m->thicknessMap), "a.png");
+    EXPECT_EQ(m->blendType, 1);
+    EXPECT_EQ(uriOf(m->iridescenceThicknessMap), "b.png");
+    EXPECT_EQ(m->iridescenceThicknessMap.channel, "g");
+    EXPECT_EQ(uriOf(m->iridescenceMap), "none");
+    EXPECT_EQ(m->iridescenceMap.channel, "r");
+
+    ASSERT_EQ(scene->textures.Size(), 2u);
+    const Texture* a = m->clearCoatMap.texture;
+    const Texture* b = m->clearCoatGlossMap.texture;
+    EXPECT_EQ(a->minFilter, 3u);  // 9986, nearest-mipmap-linear, which the runtime numbers 3
+    EXPECT_EQ(a->magFilter, 1u);
+    EXPECT_EQ(a->addressU, 0u);
+    EXPECT_EQ(b->minFilter, 0u);
+    EXPECT_EQ(b->addressU, 0u);
+    EXPECT_EQ(b->addressV, 2u);
+}
+
 TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
     ScratchDir dir;
     auto scene = ImportMaterials(dir, R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}},

@@ -59,6 +59,28 @@ TEST(ImportNodes, MatrixWinsOverTranslationRotationScale) {
     EXPECT_EQ(t->scale, Vec3(1, 1, 1));  // two numbers are not a scale
 }
 
+TEST(ImportNodes, MatrixRotationInDegreesAndSkinOfTheLastNode) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    // A quarter turn about z, columns in file order; a skin on a node without mesh is unused.
+    auto scene = ImportMembers(dir, glb,
+        R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
+        "skins":[{"joints":[0]},{"joints":[1]}],
+        "nodes":[{"mesh":0,"skin":0,"matrix":[0,1,0,0, -1,0,0,0, 0,0,1,0, 0,0,0,1]},{"mesh":0,"skin":1},{"skin":9}])");
+    ASSERT_TRUE(scene && scene->root);
+    const GraphNode* turned = scene->root->children[0];
+    EXPECT_NEAR(turned->rotation.x, 0.0f, 1e-4f);
+    EXPECT_NEAR(turned->rotation.y, 0.0f, 1e-4f);
+    EXPECT_NEAR(turned->rotation.z, 90.0f, 1e-4f);
+    EXPECT_NEAR(turned->scale.x, 1.0f, 1e-6f);
+    // Both nodes share the geometry, which keeps the skin of the node read last.
+    const Skin* skin = turned->geometry->meshInstances[0]->skin;
+    ASSERT_TRUE(skin);
+    EXPECT_EQ(skin->joints, (std::vector<int64_t>{1}));
+    EXPECT_EQ(scene->root->children[2]->geometry, nullptr);
+}
+
 TEST(ImportNodes, BrokenHierarchiesAreRefused) {
     ScratchDir dir;
     for (const char* nodes : {R"("nodes":[{"children":[1]},{"children":[0]}])", R"("nodes":[{"children":[0]}])",
@@ -294,6 +316,43 @@ TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
     EXPECT_EQ(n2.rotationQuat.values[1], Quat(16, 17, 18, 19));
     EXPECT_EQ(n2.rotationQuat.outTangents[1], Quat(20, 21, 22, 23));
     EXPECT_TRUE(n2.rotation.times.empty());
+}
+
+TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
+    ScratchDir dir;
+    GlbFixture glb;
+    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
+    const int t1 = glb.AddData(std::vector<float>{2}, kFloat, "SCALAR");
+    std::vector<float> cubic(18);  // 2 keys x (in, value, out) x 3
+    for (int i = 0; i < 18; ++i) cubic[size_t(i)] = float(i);
+    const int trans = glb.AddData(cubic, kFloat, "VEC3");
+    const int scale2 = glb.AddData(std::vector<float>{1, 1, 1, 2, 2, 2}, kFloat, "VEC3");
+    const int scale1 = glb.AddData(std::vector<float>{3, 3, 3}, kFloat, "VEC3");
+    auto scene = ImportMembers(dir, glb,
+        R"("nodes":[{}],"animations":[{"samplers":[
+            {"input":)" + N(t2) + R"(,"output":)" + N(trans) + R"(,"interpolation":"CUBICSPLINE"},
+            {"input":)" + N(t2) + R"(,"output":)" + N(scale2) + R"(},
+            {"input":)" + N(t1) + R"(,"output":)" + N(scale1) + R"(,"interpolation":"STEP"}],
+          "channels":[{"sampler":0,"target":{"node":0,"path":"translation"}},
+            {"sampler":1,"target":{"node":0,"path":"scale"}},
+            {"sampler":2,"target":{"node":0,"path":"scale"}}]}])");
+    ASSERT_TRUE(scene);
+    ASSERT_EQ(scene->GetAnimation(0)->tracks.size(), 1u);
+    const AnimationTrack& track = scene->GetAnimation(0)->tracks[0];
+    const VectorChannel& t = track.position;
+    EXPECT_EQ(t.interpolation, 2);
+    ASSERT_EQ(t.values.size(), 2u);
+    EXPECT_EQ(t.inTangents[0], Vec3(0, 1, 2));
+    EXPECT_EQ(t.values[0], Vec3(3, 4, 5));
+    EXPECT_EQ(t.outTangents[0], Vec3(6, 7, 8));
+    EXPECT_EQ(t.values[1], Vec3(12, 13, 14));
+    // The second scale channel adds its key behind the first two; its interpolation wins.
+    const VectorChannel& s = track.scale;
+    EXPECT_EQ(s.times, (std::vector<float>{0, 1, 2}));
+    ASSERT_EQ(s.values.size(), 3u);
+    EXPECT_EQ(s.values[2], Vec3(3, 3, 3));
+    EXPECT_EQ(s.interpolation, 0);
+    EXPECT_TRUE(s.inTangents.empty());
 }
 
 TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
