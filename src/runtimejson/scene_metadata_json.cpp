@@ -72,36 +72,47 @@ struct EntityIndex {
 
 // The deepest node that is an ancestor of (or is) every known joint of the geometry's
 // skins, taken in ascending order of the skins' addresses; null if there is none.
+// The first known joint's chain is the candidate list; each later joint only strikes
+// candidates off, so one walk up from each joint is all the work.
 const GraphNode* CommonAncestorOfJoints(const Geometry& geometry, const EntityIndex& entities) {
     std::set<const Skin*> skins;
     for (const MeshInstance* instance : geometry.meshInstances)
         if (instance && instance->skin) skins.insert(instance->skin);
 
-    std::vector<const GraphNode*> common;
-    std::vector<const GraphNode*> chain;
-    bool first = true;
+    std::vector<const GraphNode*> common;  // root first
+    std::unordered_map<const GraphNode*, size_t> positionInCommon;
+    std::vector<uint32_t> lastSeen;  // per candidate, the joint that last reached it
+    std::vector<bool> alive;
+    uint32_t joint = 0;
+    // No real chain is longer than the entities plus the root; the bound stops a
+    // malformed parent loop.
+    const size_t maxChain = entities.list.nodes.size() + 1;
     for (const Skin* skin : skins) {
-        for (int64_t joint : skin->joints) {
-            auto it = entities.byId.find(static_cast<uint64_t>(joint));
+        for (int64_t jointId : skin->joints) {
+            auto it = entities.byId.find(static_cast<uint64_t>(jointId));
             if (it == entities.byId.end()) continue;
-            chain.clear();
-            // No real chain is longer than the entities plus the root; the bound stops a
-            // malformed parent loop.
-            for (const GraphNode* node = it->second; node && chain.size() <= entities.list.nodes.size(); node = node->parent)
-                chain.push_back(node);
-            std::reverse(chain.begin(), chain.end());
-            if (first) {
-                common = chain;
-                first = false;
+            ++joint;
+            if (joint == 1) {
+                for (const GraphNode* node = it->second; node && common.size() < maxChain; node = node->parent)
+                    common.push_back(node);
+                std::reverse(common.begin(), common.end());
+                for (size_t i = 0; i < common.size(); ++i) positionInCommon.emplace(common[i], i);
+                lastSeen.assign(common.size(), 0);
+                alive.assign(common.size(), true);
                 continue;
             }
-            // Ancestor chains are short, so a plain search per element is cheap.
-            std::erase_if(common, [&](const GraphNode* node) {
-                return std::find(chain.begin(), chain.end(), node) == chain.end();
-            });
+            size_t steps = 0;
+            for (const GraphNode* node = it->second; node && steps < maxChain; node = node->parent, ++steps) {
+                auto found = positionInCommon.find(node);
+                if (found != positionInCommon.end()) lastSeen[found->second] = joint;
+            }
+            for (size_t i = 0; i < common.size(); ++i)
+                if (lastSeen[i] != joint) alive[i] = false;
         }
     }
-    return common.empty() ? nullptr : common.back();
+    for (size_t i = common.size(); i-- > 0;)
+        if (alive[i]) return common[i];
+    return nullptr;
 }
 
 JsonValue CameraJson(const Camera& camera) {
@@ -133,15 +144,15 @@ JsonValue LightJson(const Light& light) {
     return component;
 }
 
-JsonValue RenderJson(const GraphNode& node, int32_t assetIndex, const EntityIndex& entities) {
+// rootBone: the entity index of the joints' common ancestor, or -1 for no member.
+JsonValue RenderJson(const GraphNode& node, int32_t assetIndex, int32_t rootBone) {
     JsonValue materials = JsonValue::Array();
     for (const MeshInstance* instance : node.geometry->meshInstances)
         if (instance && instance->material) materials.Add(JsonValue(instance->material->name));
     JsonValue component = JsonValue::Object();
     component.Add("id", JsonValue(assetIndex));
     component.Add("materials", materials);
-    if (const GraphNode* rootBone = CommonAncestorOfJoints(*node.geometry, entities))
-        component.Add("rootBone", JsonValue(entities.Of(rootBone)));
+    if (rootBone >= 0) component.Add("rootBone", JsonValue(rootBone));
     return component;
 }
 
@@ -158,6 +169,17 @@ JsonValue BuildSceneMetadataJson(const Scene& scene) {
         auto [it, inserted] = assetIndex.emplace(node->geometry, static_cast<int32_t>(assetIndex.size()));
         if (inserted) renders.Add(RenderAssetJson(*node->geometry, it->second));
     }
+    // The root bone depends on the geometry alone: found once for all the nodes that share it.
+    constexpr int32_t kNotYetFound = -2;
+    std::vector<int32_t> rootBones(assetIndex.size(), kNotYetFound);
+    auto rootBoneOf = [&](const Geometry* geometry, int32_t asset) {
+        int32_t& rootBone = rootBones[static_cast<size_t>(asset)];
+        if (rootBone == kNotYetFound) {
+            const GraphNode* common = CommonAncestorOfJoints(*geometry, entities);
+            rootBone = common ? entities.Of(common) : -1;
+        }
+        return rootBone;
+    };
     JsonValue materialNames = JsonValue::Array();
     for (const Material* material : scene.materials.items)
         if (material) materialNames.Add(JsonValue(material->name));
@@ -193,7 +215,8 @@ JsonValue BuildSceneMetadataJson(const Scene& scene) {
             }
             components.Add("light", LightJson(*node.light));
         } else if (node.geometry) {
-            components.Add("render", RenderJson(node, assetIndex.at(node.geometry), entities));
+            const int32_t asset = assetIndex.at(node.geometry);
+            components.Add("render", RenderJson(node, asset, rootBoneOf(node.geometry, asset)));
         }
         if (components.Count() > 0) entity.Add("components", components);
         entityObjects.Add(std::to_string(i), entity);

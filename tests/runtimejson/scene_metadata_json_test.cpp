@@ -102,6 +102,27 @@ TEST(SceneMetadataJson, NoRootBoneWithoutAKnownJoint) {
     EXPECT_TRUE(render.Has("materials"));
 }
 
+// A deep bone chain with its joints listed from the tip up, on a geometry that several
+// nodes share: the common ancestor narrows one level per joint, which must not cost a
+// search of the whole chain for every node of it.
+TEST(SceneMetadataJson, RootBoneOverADeepChainListedFromTheTip) {
+    constexpr int kDepth = 3000;
+    SceneBuilder b;
+    auto root = b.Root();
+    std::vector<int64_t> joints;
+    for (int64_t id = kDepth; id >= 2; --id) joints.push_back(id);
+    Geometry* g = b.AddGeometry("g", 1);
+    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin(joints));
+    for (uint64_t i = 0; i < 3; ++i) root.Child("user", 10000 + i).WithGeometry(g);
+    GraphNode* bone = root.Child("b1", 1);
+    for (uint64_t id = 2; id <= kDepth; ++id) bone = b.Node(bone).Child("b", id);
+
+    const JsonValue entities = BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities");
+    // Entities: the three users (0 to 2), then b1 (3), b2 (4), ...; the joints meet at b2.
+    for (const char* user : {"0", "1", "2"})
+        EXPECT_EQ(entities.Get(user).Get("components").Get("render").Get("rootBone").Text(), "4") << user;
+}
+
 TEST(SceneMetadataJson, FalloffStaysOffAnEntityWhoseCameraWins) {
     SceneBuilder b;
     auto root = b.Root();
