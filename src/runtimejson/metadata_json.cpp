@@ -4,6 +4,7 @@
 
 #include "runtimejson/output_file.h"
 #include "runtimejson/scene_walk.h"
+#include "runtimejson/vertex_attributes.h"
 
 JsonValue BuildMetadataJson(const Scene& scene) {
     const NodeList nodeList = FlattenNodes(scene.root);
@@ -23,22 +24,20 @@ JsonValue BuildMetadataJson(const Scene& scene) {
     }
 
     uint64_t vertices = 0;
-    uint32_t attributeCounts[7] = {};
+    uint32_t attributeCounts[kReportedAttributeCount] = {};
     for (const VertexData* data : vertexData) {
         vertices += VertexCount(data);
-        const bool present[7] = {!data->positions.empty(), !data->normals.empty(),      !data->colors.empty(),
-                                 !data->joints.empty(),    !data->weights.empty(),      !data->texCoords[0].empty(),
-                                 !data->texCoords[1].empty()};
-        for (int a = 0; a < 7; ++a) attributeCounts[a] += present[a] ? 1 : 0;
+        const auto present = ReportedAttributes(*data);
+        for (size_t a = 0; a < kReportedAttributeCount; ++a) attributeCounts[a] += present[a] ? 1 : 0;
     }
     uint64_t triangles = 0;
     for (const MeshInstance* instance : instances)
         triangles += instance->indices ? instance->indices->size() / 3 : VertexCount(instance->vertices) / 3;
 
-    static const char* const kAttributes[7] = {"position",    "normal",    "color",    "blendIndices",
-                                               "blendWeight", "texCoord0", "texCoord1"};
+    static const char* const kAttributes[kReportedAttributeCount] = {
+        "position", "normal", "color", "blendIndices", "blendWeight", "texCoord0", "texCoord1"};
     JsonValue attributes = JsonValue::Object();
-    for (int a = 0; a < 7; ++a)
+    for (size_t a = 0; a < kReportedAttributeCount; ++a)
         if (attributeCounts[a] > 0) attributes.Add(kAttributes[a], JsonValue(attributeCounts[a]));
 
     JsonValue document = JsonValue::Object();

@@ -1,6 +1,7 @@
 #include "runtimejson/scene_metadata_json.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 #include <unordered_map>
@@ -9,6 +10,7 @@
 #include "runtimejson/json_values.h"
 #include "runtimejson/output_file.h"
 #include "runtimejson/scene_walk.h"
+#include "runtimejson/vertex_attributes.h"
 
 namespace {
 
@@ -18,7 +20,7 @@ JsonValue RenderAssetJson(const Geometry& geometry, int32_t index) {
     uint64_t vertices = 0;
     uint64_t triangles = 0;
     int32_t meshes = 0;
-    bool present[7] = {};
+    std::array<bool, kReportedAttributeCount> present{};
     for (const MeshInstance* instance : geometry.meshInstances) {
         if (!instance) continue;
         ++meshes;
@@ -27,20 +29,15 @@ JsonValue RenderAssetJson(const Geometry& geometry, int32_t index) {
         vertices += VertexCount(instance->vertices);
         if (instance->primitiveType == 3)
             triangles += instance->indices ? instance->indices->size() / 3 : VertexCount(instance->vertices) / 3;
-        if (const VertexData* data = instance->vertices) {
-            present[0] = present[0] || !data->positions.empty();
-            present[1] = present[1] || !data->normals.empty();
-            present[2] = present[2] || !data->colors.empty();
-            present[3] = present[3] || !data->joints.empty();
-            present[4] = present[4] || !data->weights.empty();
-            present[5] = present[5] || !data->texCoords[0].empty();
-            present[6] = present[6] || !data->texCoords[1].empty();
+        if (instance->vertices) {
+            const auto has = ReportedAttributes(*instance->vertices);
+            for (size_t a = 0; a < kReportedAttributeCount; ++a) present[a] = present[a] || has[a];
         }
     }
-    static const char* const kAttributes[7] = {"POSITION",    "NORMAL",     "COLOR",     "BONEINDICES",
-                                               "BONEWEIGHTS", "TEXCOORD_0", "TEXCOORD_1"};
+    static const char* const kAttributes[kReportedAttributeCount] = {
+        "POSITION", "NORMAL", "COLOR", "BONEINDICES", "BONEWEIGHTS", "TEXCOORD_0", "TEXCOORD_1"};
     JsonValue attributes = JsonValue::Object();
-    for (int a = 0; a < 7; ++a)
+    for (size_t a = 0; a < kReportedAttributeCount; ++a)
         if (present[a]) attributes.Add(kAttributes[a], JsonValue(int32_t(1)));
 
     JsonValue asset = JsonValue::Object();

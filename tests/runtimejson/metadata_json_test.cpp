@@ -14,6 +14,7 @@ TEST(MetadataJson, CountsDistinctRecordsAndEveryPair) {
     VertexData* quad = SceneBuilder::NewVertices();
     quad->positions.assign(12, 0.0f);
     quad->normals.assign(12, 0.0f);
+    quad->weights.assign(16, 0.25f);  // weights without joint indices: only blendWeight counts
     VertexData* tri = SceneBuilder::NewVertices();
     tri->positions.assign(9, 0.0f);
     tri->colors.assign(9, 1.0f);
@@ -32,7 +33,7 @@ TEST(MetadataJson, CountsDistinctRecordsAndEveryPair) {
 
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMetadataJson(b.scene())),
               R"({"meshes":4,"meshInstances":6,"nodes":4,"skins":1,"morphs":1,"vertices":7,"triangles":5,)"
-              R"("attributes":{"position":2,"normal":1,"color":1,"texCoord1":1}})");
+              R"("attributes":{"position":2,"normal":1,"color":1,"blendWeight":1,"texCoord1":1}})");
 }
 
 }  // namespace
