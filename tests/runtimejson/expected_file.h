@@ -1,11 +1,21 @@
 // Expected outputs kept as readable text under tests/runtimejson/expected/.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <string>
 
 namespace testing_scene {
+
+// A scratch file name of this test process alone: ctest runs the tests of one binary
+// as parallel processes, and other checkouts run the same binary on the same machine.
+inline std::string ScratchPath(const std::string& name) {
+    static const std::string tag = std::to_string(std::random_device()()) + "_";
+    return ::testing::TempDir() + tag + name;
+}
 
 inline std::string ReadFileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

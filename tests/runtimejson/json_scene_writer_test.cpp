@@ -33,7 +33,7 @@ protected:
     }
 
     SceneBuilder b;
-    std::string path = ::testing::TempDir() + "json_scene_writer_test.json";
+    std::string path = ScratchPath("json_scene_writer_test.json");
 };
 
 TEST_F(JsonSceneWriter, LaterRoleReplacesEarlierOne) {

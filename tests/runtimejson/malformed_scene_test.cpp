@@ -108,7 +108,7 @@ void FillScene(SceneBuilder& b, Random& r, Texture* strayTexture, Material* stra
 }
 
 TEST(MalformedScene, EveryWriterGetsThroughAndStreamsMatchTheTrees) {
-    const std::string path = ::testing::TempDir() + "malformed_scene.json";
+    const std::string path = ScratchPath("malformed_scene.json");
     for (uint32_t seed = 1; seed <= 150; ++seed) {
         SCOPED_TRACE(seed);
         Texture strayTexture;

@@ -65,7 +65,7 @@ TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
     directional.falloffMode = 1;  // has no place on a directional light
     root.Child("dirlight", 9).Rotation(0, -90, 0).WithLight(directional);
 
-    const std::string path = ::testing::TempDir() + "scene_metadata_test.json";
+    const std::string path = ScratchPath("scene_metadata_test.json");
     ASSERT_TRUE(WriteSceneMetadataJson(path, b.scene()));
     EXPECT_EQ(ReadFileBytes(path), ExpectedPretty("scene_metadata_pretty.json.txt"));
     std::remove(path.c_str());
