@@ -143,3 +143,27 @@ TEST(ImportDraco, UndecodableDataAndPointCloudsLeaveNoVertices) {
     ASSERT_TRUE(instances[2]->vertices);
     EXPECT_EQ(instances[2]->vertices->positions.size(), 9u);
 }
+
+TEST(ImportDraco, DataOutsideTheFirstBufferFallsBackToTheAccessors) {
+    ScratchDir dir;
+    const Encoded e = EncodeQuad();
+    GlbFixture glb;
+    const size_t at = glb.Append(e.bytes);
+    const int view = glb.AddView(at, e.bytes.size());
+    const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
+    std::string json = glb.Json(R"("meshes":[{"primitives":[)" +
+                                DracoPrimitive(view, R"("POSITION":)" + std::to_string(e.position),
+                                               R"("POSITION":)" + std::to_string(pos)) +
+                                R"(]}],"nodes":[{"mesh":0}])");
+    // Move the compressed view to a second buffer; the decoder is then not used.
+    const std::string first = R"({"buffer":0,"byteOffset":)" + std::to_string(at) + ",";
+    const size_t found = json.find(first);
+    ASSERT_NE(found, std::string::npos);
+    json.replace(found, first.size(), R"({"buffer":1,"byteOffset":)" + std::to_string(at) + ",");
+    auto scene = Import(dir, MakeGlb(json, glb.Binary()));
+    ASSERT_TRUE(scene && scene->root);
+    const MeshInstance* mi = scene->root->geometry->meshInstances[0];
+    ASSERT_TRUE(mi->vertices);
+    EXPECT_EQ(mi->vertices->positions, (std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}));
+    EXPECT_EQ(mi->indices, nullptr);
+}
