@@ -66,7 +66,7 @@ protected:
         return track;
     }
 
-    std::string path = ::testing::TempDir() + "animation_test.json";
+    std::string path = ScratchPath("animation_test.json");
     SceneBuilder b;
 };
 
@@ -122,7 +122,7 @@ TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLef
     moved.nodeId = 7;
     moved.position = Channel(1, {0.0f, 1.0f}, {{1, 1, 1}, {2, 2, 2}});
     take->tracks.push_back(moved);
-    const std::string path = ::testing::TempDir() + "animation_zero_byte.json";
+    const std::string path = ScratchPath("animation_zero_byte.json");
     ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"z"}, false));
     EXPECT_EQ(ReadFileBytes(path), R"({"animation":{"version":4,"name":"z","duration":1,"nodes":[{"name":"a\u0000b",)"
                                    R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");

@@ -16,8 +16,6 @@ using namespace testing_scene;
 
 std::string WriteText(const JsonValue& value, const JsonFormat& format) { return JsonWriter(format).WriteString(value); }
 
-std::string TempPath(const char* name) { return ::testing::TempDir() + name; }
-
 TEST(ModelJson, RootAloneHasEmptyListsWritten) {
     SceneBuilder b;
     EXPECT_EQ(WriteText(BuildModelJson(b.scene()), NoFormat),  // no root at all
@@ -120,7 +118,7 @@ TEST_F(ModelMeshes, WholeCompactDocument) {
 
 TEST_F(ModelMeshes, StreamedFileEqualsTheValueTree) {
     for (bool pretty : {false, true}) {
-        const std::string path = TempPath("model_stream.json");
+        const std::string path = ScratchPath("model_stream.json");
         ::testing::internal::CaptureStdout();
         ASSERT_TRUE(WriteModelJson(path, b.scene(), pretty));
         const std::string tree = WriteText(BuildModelJson(b.scene()), pretty ? StandardFormat : NoFormat);
@@ -165,7 +163,7 @@ TEST(ModelJsonDeathTest, TargetShorterThanItsCountIsRefusedBeforeWriting) {
     VertexData* vertices = SceneBuilder::NewVertices();
     b.AddMesh(geometry).Vertices(vertices).WithMorph(SceneBuilder::NewMorph({broken}));
     root.Child("a", 1).WithGeometry(geometry);
-    const std::string path = TempPath("model_refused.json");
+    const std::string path = ScratchPath("model_refused.json");
     std::remove(path.c_str());
     EXPECT_EXIT(WriteModelJson(path, b.scene(), false), ::testing::ExitedWithCode(1),
                 "ERROR: Cannot write '.*model_refused.json': morph target 'broken' holds fewer deltas");
