@@ -47,6 +47,8 @@ const char* UnfitForAtlas(const std::vector<float>& positions, size_t vertexCoun
             if (v == 0 || x > hi[c]) hi[c] = x;
         }
     }
+    // xatlas takes a density that is not a number for a positive one and never finishes packing.
+    if (std::isnan(texelsPerUnit)) return "its texel density is not a number";
     double density = texelsPerUnit;
     if (!(density > 0.0)) {
         // Zero and negative densities let xatlas pick one for a 1024-texel atlas at 75% use;

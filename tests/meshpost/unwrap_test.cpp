@@ -412,4 +412,12 @@ TEST(Unwrap, MeshesNoAtlasCanHoldAreSkippedWithAMessage) {
     std::tie(untouched, err) = run(huge, 0.0f);
     EXPECT_TRUE(untouched);
     EXPECT_NE(err.find("spans more texels"), std::string::npos) << err;
+
+    // A density that is not a number (a nan option value, or a world matrix that decomposes
+    // into one) made xatlas pack for ever.
+    const std::vector<float> unit = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    std::tie(untouched, err) = run(unit, std::nanf(""));
+    EXPECT_TRUE(untouched);
+    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 4 vertices at nan texels per unit: its texel density is "
+                   "not a number\n");
 }
