@@ -88,7 +88,7 @@ void AppendVertex(const std::vector<T>& from, std::vector<T>& to, size_t compone
 // A target's deltas moved onto the unwrapped vertices: new vertex v takes the delta of the
 // old vertex it came from. A dense target stays dense; a sparse one keeps an entry for each
 // new vertex whose old vertex had one.
-MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh) {
+MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh, size_t oldVertexCount) {
     auto* target = new MorphTarget;
     target->name = old.name;
     target->defaultWeight = old.defaultWeight;
@@ -106,10 +106,12 @@ MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh) {
         target->count = mesh.vertexCount;
     } else {
         const size_t entries = std::min<size_t>(old.count, old.indices.size());
-        uint32_t highest = 0;
-        for (size_t e = 0; e < entries; ++e) highest = std::max(highest, old.indices[e]);
-        std::vector<int64_t> entryOf(size_t(highest) + 1, -1);
-        for (size_t e = 0; e < entries; ++e) entryOf[old.indices[e]] = int64_t(e);
+        // Every xref names an old vertex, so entries past the old vertices can never be
+        // reached; sizing the table by the highest stored index would let one stray index
+        // ask for gigabytes.
+        std::vector<int64_t> entryOf(oldVertexCount, -1);
+        for (size_t e = 0; e < entries; ++e)
+            if (old.indices[e] < oldVertexCount) entryOf[old.indices[e]] = int64_t(e);
         for (uint32_t v = 0; v < mesh.vertexCount; ++v) {
             const uint32_t x = mesh.vertexArray[v].xref;
             if (x >= entryOf.size() || entryOf[x] < 0) continue;
@@ -271,7 +273,8 @@ void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, 
     if (instance.morph) {
         auto* morph = new Morph;
         morph->targets.reserve(instance.morph->targets.size());
-        for (const MorphTarget* t : instance.morph->targets) morph->targets.push_back(t ? RemapTarget(*t, mesh) : nullptr);
+        for (const MorphTarget* t : instance.morph->targets)
+            morph->targets.push_back(t ? RemapTarget(*t, mesh, old.positions.size() / 3) : nullptr);
         instance.morph = morph;
     }
 }

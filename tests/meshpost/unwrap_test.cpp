@@ -421,3 +421,36 @@ TEST(Unwrap, MeshesNoAtlasCanHoldAreSkippedWithAMessage) {
     EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 4 vertices at nan texels per unit: its texel density is "
                    "not a number\n");
 }
+
+TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
+    // A stored index beyond the vertex count names no vertex: the remapped target keeps only
+    // the entry of vertex 2, and the stray one costs no table of its size.
+    TestScene ts;
+    VertexData data;
+    data.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
+    Geometry* g = ts.AddGeometry({{data, {0, 1, 2, 0, 2, 3}}});
+    ts.AddNode(g, Mat4());
+    auto* target = new MorphTarget;
+    target->indices = {0xFFFFFFF0u, 2};
+    target->count = 2;
+    target->deltaPositions = {5, 5, 5, 0, 0, 1};
+    target->deltaNormals = {0, 0, 0, 0, 0, 0};
+    auto* morph = new Morph;
+    morph->targets = {target};
+    g->meshInstances[0]->morph = morph;
+
+    UnwrapScene(ts.scene, 16.0f);
+    const MeshInstance& mi = *g->meshInstances[0];
+    ASSERT_NE(mi.morph, nullptr);
+    const MorphTarget& t = *mi.morph->targets[0];
+    const VertexData& vd = *mi.vertices;
+    ASSERT_EQ(t.indices.size(), t.count);
+    ASSERT_GE(t.count, 1u);  // at least one new vertex comes from old vertex 2 at (1, 1, 0)
+    for (size_t e = 0; e < t.count; ++e) {
+        const uint32_t v = t.indices[e];
+        ASSERT_LT(v, vd.positions.size() / 3);
+        EXPECT_EQ(vd.positions[3 * v], 1.0f);
+        EXPECT_EQ(vd.positions[3 * v + 1], 1.0f);
+        EXPECT_EQ(t.deltaPositions[3 * e + 2], 1.0f);
+    }
+}
