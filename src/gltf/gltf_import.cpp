@@ -293,15 +293,15 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
             VertexData* vertices = new VertexData();
             instance->vertices = vertices;
             const GltfAttributeMap& attributes = primitive.attributes;
-            vertices->positions = ReadAttribute("POSITION", attributes, context_);
-            vertices->normals = ReadAttribute("NORMAL", attributes, context_);
-            vertices->colors = ReadAttribute("COLOR_0", attributes, context_);
-            auto joints = attributes.find("JOINTS_0");
-            if (joints != attributes.end())
-                vertices->joints = ReadAccessorAsJoint(AccessorAt(context_, joints->second), context_);
-            vertices->weights = ReadAttribute("WEIGHTS_0", attributes, context_);
-            for (int set = 0; set < 8; ++set)
-                vertices->texCoords[set] = ReadAttribute("TEXCOORD_" + std::to_string(set), attributes, context_);
+            FillVertexData(
+                *vertices, [&](const char* name) { return ReadAttribute(name, attributes, context_); },
+                [&](const char* name) {
+                    // The joints keep the file's own normalized flag.
+                    auto found = attributes.find(name);
+                    return found == attributes.end()
+                               ? std::vector<uint16_t>()
+                               : ReadAccessorAsJoint(AccessorAt(context_, found->second), context_);
+                });
             if (primitive.indices >= 0) {
                 instance->indices =
                     new std::vector<uint32_t>(ReadAccessorAsIndex(AccessorAt(context_, primitive.indices), context_));

@@ -45,6 +45,20 @@ private:
     std::optional<std::vector<std::string>> imageNames_;
 };
 
+// Fills the vertex arrays the Scene keeps, by attribute name, from accessors or from a
+// decoded Draco mesh; other attributes ("TANGENT" among them) are not read.
+template <typename ReadFloats, typename ReadJoints>
+void FillVertexData(VertexData& vertices, ReadFloats readFloats, ReadJoints readJoints) {
+    static const char* const kTexCoords[8] = {"TEXCOORD_0", "TEXCOORD_1", "TEXCOORD_2", "TEXCOORD_3",
+                                              "TEXCOORD_4", "TEXCOORD_5", "TEXCOORD_6", "TEXCOORD_7"};
+    vertices.positions = readFloats("POSITION");
+    vertices.normals = readFloats("NORMAL");
+    vertices.colors = readFloats("COLOR_0");
+    vertices.joints = readJoints("JOINTS_0");
+    vertices.weights = readFloats("WEIGHTS_0");
+    for (int set = 0; set < 8; ++set) vertices.texCoords[set] = readFloats(kTexCoords[set]);
+}
+
 // The whole import; throws GltfError for a file that cannot be imported safely. With
 // `deferred`, the animations are handed back instead of added, so that the caller can
 // save the embedded images first and add them with AddImportedAnimations.

@@ -40,13 +40,9 @@ bool GltfImporter::DecodeDracoPrimitive(const GltfPrimitive& primitive, MeshInst
         VertexData* vertices = new VertexData();
         instance.vertices = vertices;
         const GltfAttributeMap& names = draco.attributes;
-        vertices->positions = ReadDracoAttributeAsFloat("POSITION", names, mesh);
-        vertices->normals = ReadDracoAttributeAsFloat("NORMAL", names, mesh);
-        vertices->colors = ReadDracoAttributeAsFloat("COLOR_0", names, mesh);
-        vertices->joints = ReadDracoAttributeAsJoint("JOINTS_0", names, mesh);
-        vertices->weights = ReadDracoAttributeAsFloat("WEIGHTS_0", names, mesh);
-        for (int set = 0; set < 8; ++set)
-            vertices->texCoords[set] = ReadDracoAttributeAsFloat("TEXCOORD_" + std::to_string(set), names, mesh);
+        FillVertexData(
+            *vertices, [&](const char* name) { return ReadDracoAttributeAsFloat(name, names, mesh); },
+            [&](const char* name) { return ReadDracoAttributeAsJoint(name, names, mesh); });
     } else if (type.value() == draco::POINT_CLOUD) {
         (void)decoder.DecodePointCloudFromBuffer(&buffer);  // decoded and discarded
     }
