@@ -90,6 +90,20 @@ TEST(SceneMetadataJson, RootBoneOfAJointThatIsItsOwnAncestor) {
     EXPECT_EQ(render.Get("rootBone").Text(), "2");
 }
 
+// Two entities with one id: as for bone names in the model file, the later one stands.
+TEST(SceneMetadataJson, RootBoneOfADuplicatedIdIsTheLaterNode) {
+    SceneBuilder b;
+    auto root = b.Root();
+    Geometry* g = b.AddGeometry("g", 1);
+    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({5}));
+    root.Child("mesh", 1).WithGeometry(g);
+    root.Child("first", 5).Child("below", 7);
+    root.Child("later", 5);
+    const JsonValue render =
+        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
+    EXPECT_EQ(render.Get("rootBone").Text(), "3");
+}
+
 TEST(SceneMetadataJson, NoRootBoneWithoutAKnownJoint) {
     SceneBuilder b;
     auto root = b.Root();
