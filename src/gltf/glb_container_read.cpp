@@ -76,7 +76,9 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
             uint32_t type = 0;
             if (!ReadWord(file, type)) break;
             const long position = std::ftell(file);
-            chunks.push_back({uint32_t(position), chunkLength, type});
+            // Chunks after the second are walked but never used: a file of a million empty
+            // chunks does not need a table of a million entries.
+            if (chunks.size() < 2) chunks.push_back({uint32_t(position), chunkLength, type});
             const uint64_t padded = (uint64_t(chunkLength) + 3) & ~uint64_t(3);
             if (std::fseek(file, long(padded), SEEK_CUR) != 0) {
                 std::cerr << "invalid glb chunks encountered" << std::endl;

@@ -162,3 +162,18 @@ TEST(ReadContainer, DeeplyNestedJsonDoesNotExhaustTheStack) {
     ASSERT_EQ(balanced.document.nodes.size(), 1u);
     EXPECT_EQ(balanced.document.nodes[0].name, "kept");
 }
+
+TEST(ReadContainer, ChunksAfterTheSecondAreIgnored) {
+    ScratchDir dir;
+    std::vector<uint8_t> bytes = glbfixture::MakeGlb(R"({"scene":1})", {5, 6, 7, 8});
+    for (int i = 0; i < 1000; ++i) {  // unknown types, empty and not
+        PutWord(bytes, i % 2 ? 4 : 0);
+        bytes.insert(bytes.end(), {'X', 'T', 'R', 'A'});
+        if (i % 2) bytes.insert(bytes.end(), {1, 2, 3, 4});
+    }
+    FixLength(bytes);
+    GltfContext context;
+    ASSERT_TRUE(ReadBytes(dir, bytes, context));
+    EXPECT_EQ(context.document.scene, 1);
+    EXPECT_EQ(context.binaryChunk, (std::vector<uint8_t>{5, 6, 7, 8}));
+}
