@@ -198,6 +198,10 @@ TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
         delete mi.indices;
         mi.indices = nullptr;
     });
+    expectUntouched([](MeshInstance& mi) {
+        delete mi.vertices;
+        mi.vertices = nullptr;
+    });
 }
 
 TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {
