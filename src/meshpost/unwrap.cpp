@@ -32,6 +32,9 @@ bool SuitableForUnwrap(const MeshInstance* mi) {
 // Beyond any texture size a GPU takes, and far below the sizes at which xatlas's 32-bit
 // image arithmetic overflows and its packer crashes.
 constexpr double kMaxMeshTexels = 32768.0;
+// xatlas squares areas in single precision: meshes wider than this overflow them to
+// infinity, and at low densities its packer then never finishes.
+constexpr double kMaxMeshExtent = 1e10;
 
 // Why a mesh cannot go into an atlas at this density, or null. Coordinates so far apart that
 // the mesh spans more texels than any atlas can hold, and positions that are not numbers,
@@ -69,6 +72,7 @@ const char* UnfitForAtlas(const std::vector<float>& positions, size_t vertexCoun
     }
     const double diagonal = std::sqrt((hi[0] - lo[0]) * (hi[0] - lo[0]) + (hi[1] - lo[1]) * (hi[1] - lo[1]) +
                                       (hi[2] - lo[2]) * (hi[2] - lo[2]));
+    if (!(diagonal <= kMaxMeshExtent)) return "its coordinates span too far for single-precision unwrapping";
     if (!(diagonal * density <= kMaxMeshTexels)) return "it spans more texels than an atlas can hold";
     return nullptr;
 }

@@ -458,3 +458,28 @@ TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
         EXPECT_EQ(t.deltaPositions[3 * e + 2], 1.0f);
     }
 }
+
+TEST(Unwrap, MeshesTooWideForSinglePrecisionAreSkipped) {
+    // A curved grid 3e10 units wide squares its areas past the float range; at 0 texels per
+    // metre xatlas then packed for ever. One 1e9 wide still unwraps.
+    auto run = [](float width) {
+        TestScene ts;
+        std::pair<VertexData, std::vector<uint32_t>> grid;
+        MakeGrid(grid.first, grid.second, 4);
+        for (float& f : grid.first.positions) f *= width;
+        Geometry* g = ts.AddGeometry({grid});
+        ts.AddNode(g, Mat4());
+        VertexData* before = g->meshInstances[0]->vertices;
+        testing::internal::CaptureStderr();
+        UnwrapScene(ts.scene, 0.0f);
+        const std::string err = testing::internal::GetCapturedStderr();
+        return std::pair<bool, std::string>(g->meshInstances[0]->vertices == before, err);
+    };
+    auto [untouched, err] = run(3e10f);
+    EXPECT_TRUE(untouched);
+    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 25 vertices at 0 texels per unit: its coordinates span too "
+                   "far for single-precision unwrapping\n");
+    std::tie(untouched, err) = run(1e9f);
+    EXPECT_FALSE(untouched);
+    EXPECT_EQ(err, "");
+}
