@@ -25,7 +25,8 @@ passed=0
 failed=0
 failures=()
 while IFS= read -r -d '' file; do
-  case "$file" in *.md) continue ;; esac
+  # Image folders that a run beside its input would have written are not corpus files.
+  case "$file" in *.md | *.fbm/*) continue ;; esac
   out="$work/run"
   rm -rf "$out"
   mkdir -p "$out"
