@@ -1,6 +1,7 @@
 #include "meshpost/draco_compress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include <draco/compression/encode.h>
@@ -113,10 +114,17 @@ DracoPayload CompressMesh(const VertexData& vertexData, const std::vector<uint32
     mesh.set_num_points(pointCount);
 
     uint32_t byteOffset = 0;
+    // The encoder crashes on a NaN it has to quantise (and on an infinite normal), and fails
+    // on other infinities: any of them makes the encode fail, before the encoder sees it.
+    bool finite = true;
     auto addFloat = [&](const std::vector<float>& data, const AttributeSpec& spec) {
         if (data.empty()) return;
         payload.attributes.push_back(AddAttribute(mesh, spec, data, pointCount, byteOffset));
         byteOffset += 4 * uint32_t(spec.components);
+        const size_t components = size_t(spec.components);
+        const size_t stored = std::min<size_t>(data.size() / components, pointCount) * components;
+        finite = finite && std::all_of(data.begin(), data.begin() + std::ptrdiff_t(stored),
+                                       [](float f) { return std::isfinite(f); });
     };
     addFloat(vertexData.positions, {0, draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32, false});
     addFloat(vertexData.normals, {1, draco::GeometryAttribute::NORMAL, 3, draco::DT_FLOAT32, false});
@@ -129,6 +137,8 @@ DracoPayload CompressMesh(const VertexData& vertexData, const std::vector<uint32
     addFloat(vertexData.weights, {6, draco::GeometryAttribute::GENERIC, 4, draco::DT_FLOAT32, false});
     for (int32_t set = 0; set < 8; ++set)
         addFloat(vertexData.texCoords[set], {7 + set, draco::GeometryAttribute::TEX_COORD, 2, draco::DT_FLOAT32, false});
+
+    if (!finite) return payload;
 
     mesh.DeduplicateAttributeValues();
     mesh.DeduplicatePointIds();

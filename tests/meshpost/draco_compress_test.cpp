@@ -269,6 +269,31 @@ TEST(Draco, FailuresGiveAnEmptyPayload) {
     EXPECT_EQ(outOfRange.indexCount, 0);
 }
 
+TEST(Draco, ValuesThatAreNotNumbersFailTheEncodeWithoutACrash) {
+    // The encoder crashed on a NaN in any quantised float attribute and on an infinite
+    // normal. Such a mesh now fails like a refused encode: no stream, zero counts, records kept.
+    using Spoil = void (*)(VertexData&);
+    const Spoil spoils[] = {
+        [](VertexData& d) { d.positions[4] = NAN; },
+        [](VertexData& d) { d.normals[7] = INFINITY; },
+        [](VertexData& d) { d.colors[2] = NAN; },
+        [](VertexData& d) { d.weights[9] = NAN; },
+        [](VertexData& d) { d.texCoords[0][3] = NAN; },
+        [](VertexData& d) { d.texCoords[1] = d.texCoords[0], d.texCoords[1][0] = -INFINITY; },
+    };
+    for (size_t i = 0; i < std::size(spoils); ++i) {
+        Mesh m = Grid(2);
+        spoils[i](m.data);
+        const DracoPayload p = CompressMesh(m.data, m.indices, DracoOptions());
+        SCOPED_TRACE(i);
+        EXPECT_TRUE(p.data.empty());
+        EXPECT_EQ(p.vertexCount, 0);
+        EXPECT_EQ(p.indexCount, 0);
+        // positions, normals, colours, joints, weights, set 0 (and set 1 in the last case)
+        EXPECT_EQ(p.attributes.size(), i == 5 ? 7u : 6u);
+    }
+}
+
 TEST(Draco, SceneCompressesOnlySuitableInstancesOnce) {
     Scene scene;
     auto* g = new Geometry;
