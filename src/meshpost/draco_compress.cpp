@@ -60,6 +60,24 @@ DracoAttributeInfo AddAttribute(draco::Mesh& mesh, const AttributeSpec& spec, co
     return info;
 }
 
+// Whether the encoder can take these values: all finite and, where they are quantised over
+// their range, each component's largest minus smallest within the float range.
+bool Encodable(const float* values, size_t count, size_t components, bool ranged) {
+    float lo[4] = {0, 0, 0, 0}, hi[4] = {0, 0, 0, 0};
+    for (size_t v = 0; v < count; ++v) {
+        for (size_t c = 0; c < components; ++c) {
+            const float f = values[v * components + c];
+            if (!std::isfinite(f)) return false;
+            if (v == 0 || f < lo[c]) lo[c] = f;
+            if (v == 0 || f > hi[c]) hi[c] = f;
+        }
+    }
+    if (ranged)
+        for (size_t c = 0; c < components; ++c)
+            if (!std::isfinite(hi[c] - lo[c])) return false;
+    return true;
+}
+
 }  // namespace
 
 void EncodeDracoMesh(const draco::Mesh& mesh, const DracoOptions& options, DracoPayload& payload) {
@@ -114,17 +132,18 @@ DracoPayload CompressMesh(const VertexData& vertexData, const std::vector<uint32
     mesh.set_num_points(pointCount);
 
     uint32_t byteOffset = 0;
-    // The encoder crashes on a NaN it has to quantise (and on an infinite normal), and fails
-    // on other infinities: any of them makes the encode fail, before the encoder sees it.
-    bool finite = true;
+    // The encoder crashes on a NaN it has to quantise, on an infinite normal and on values
+    // whose spread overflows a float, and fails on other infinities: any of them makes the
+    // encode fail, before the encoder sees it. Normals are not quantised over their range.
+    bool encodable = true;
     auto addFloat = [&](const std::vector<float>& data, const AttributeSpec& spec) {
         if (data.empty()) return;
         payload.attributes.push_back(AddAttribute(mesh, spec, data, pointCount, byteOffset));
         byteOffset += 4 * uint32_t(spec.components);
         const size_t components = size_t(spec.components);
         const size_t stored = std::min<size_t>(data.size() / components, pointCount) * components;
-        finite = finite && std::all_of(data.begin(), data.begin() + std::ptrdiff_t(stored),
-                                       [](float f) { return std::isfinite(f); });
+        encodable = encodable && Encodable(data.data(), stored / components, components,
+                                     spec.type != draco::GeometryAttribute::NORMAL);
     };
     addFloat(vertexData.positions, {0, draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32, false});
     addFloat(vertexData.normals, {1, draco::GeometryAttribute::NORMAL, 3, draco::DT_FLOAT32, false});
@@ -138,7 +157,7 @@ DracoPayload CompressMesh(const VertexData& vertexData, const std::vector<uint32
     for (int32_t set = 0; set < 8; ++set)
         addFloat(vertexData.texCoords[set], {7 + set, draco::GeometryAttribute::TEX_COORD, 2, draco::DT_FLOAT32, false});
 
-    if (!finite) return payload;
+    if (!encodable) return payload;
 
     mesh.DeduplicateAttributeValues();
     mesh.DeduplicatePointIds();

@@ -270,8 +270,9 @@ TEST(Draco, FailuresGiveAnEmptyPayload) {
 }
 
 TEST(Draco, ValuesThatAreNotNumbersFailTheEncodeWithoutACrash) {
-    // The encoder crashed on a NaN in any quantised float attribute and on an infinite
-    // normal. Such a mesh now fails like a refused encode: no stream, zero counts, records kept.
+    // The encoder crashed on a NaN in any quantised float attribute, on an infinite normal and
+    // on a spread beyond the float range. Such a mesh now fails like a refused encode: no
+    // stream, zero counts, records kept.
     using Spoil = void (*)(VertexData&);
     const Spoil spoils[] = {
         [](VertexData& d) { d.positions[4] = NAN; },
@@ -280,6 +281,9 @@ TEST(Draco, ValuesThatAreNotNumbersFailTheEncodeWithoutACrash) {
         [](VertexData& d) { d.weights[9] = NAN; },
         [](VertexData& d) { d.texCoords[0][3] = NAN; },
         [](VertexData& d) { d.texCoords[1] = d.texCoords[0], d.texCoords[1][0] = -INFINITY; },
+        // Finite, but largest minus smallest overflows: the quantiser's range is infinite.
+        [](VertexData& d) { d.positions[0] = -3e38f, d.positions[3] = 3e38f; },
+        [](VertexData& d) { d.weights[1] = -3e38f, d.weights[5] = 3e38f; },
     };
     for (size_t i = 0; i < std::size(spoils); ++i) {
         Mesh m = Grid(2);
