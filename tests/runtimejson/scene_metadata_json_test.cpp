@@ -78,42 +78,37 @@ TEST(SceneMetadataJson, EmptySceneHasEmptyListsAndNoRootEntity) {
               R"({"scene":{"version":1,"assets":{"renders":[],"materials":[]},"entities":{}}})");
 }
 
-TEST(SceneMetadataJson, RootBoneOfAJointThatIsItsOwnAncestor) {
-    SceneBuilder b;
-    auto root = b.Root();
-    Geometry* g = b.AddGeometry("g", 1);
-    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({99, 3}));  // unknown first joint is skipped
-    root.Child("mesh", 1).WithGeometry(g);
-    root.Child("arm", 2).Child("hand", 3);
-    const JsonValue render =
-        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
-    EXPECT_EQ(render.Get("rootBone").Text(), "2");
-}
-
-// Two entities with one id: as for bone names in the model file, the later one stands.
-TEST(SceneMetadataJson, RootBoneOfADuplicatedIdIsTheLaterNode) {
-    SceneBuilder b;
-    auto root = b.Root();
-    Geometry* g = b.AddGeometry("g", 1);
-    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({5}));
-    root.Child("mesh", 1).WithGeometry(g);
-    root.Child("first", 5).Child("below", 7);
-    root.Child("later", 5);
-    const JsonValue render =
-        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
-    EXPECT_EQ(render.Get("rootBone").Text(), "3");
-}
-
-TEST(SceneMetadataJson, NoRootBoneWithoutAKnownJoint) {
-    SceneBuilder b;
-    auto root = b.Root();
-    Geometry* g = b.AddGeometry("g", 1);
-    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin({99}));
-    root.Child("mesh", 1).WithGeometry(g);
-    const JsonValue render =
-        BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
-    EXPECT_FALSE(render.Has("rootBone"));
-    EXPECT_TRUE(render.Has("materials"));
+// The render component's root bone: an unknown joint is skipped; a joint that is its own
+// ancestor is the root; of two entities with one id the later one stands (as for bone names
+// in the model file); with no known joint there is none, and the rest is still written.
+TEST(SceneMetadataJson, RootBone) {
+    struct Case {
+        std::vector<int64_t> joints;
+        void (*bones)(NodeBuilder&);
+        const char* rootBone;  // nullptr: no member
+    } cases[] = {
+        {{99, 3}, [](NodeBuilder& root) { root.Child("arm", 2).Child("hand", 3); }, "2"},
+        {{5},
+         [](NodeBuilder& root) {
+             root.Child("first", 5).Child("below", 7);
+             root.Child("later", 5);
+         },
+         "3"},
+        {{99}, [](NodeBuilder&) {}, nullptr},
+    };
+    for (const Case& c : cases) {
+        SceneBuilder b;
+        auto root = b.Root();
+        Geometry* g = b.AddGeometry("g", 1);
+        b.AddMesh(g).WithSkin(SceneBuilder::NewSkin(c.joints));
+        root.Child("mesh", 1).WithGeometry(g);
+        c.bones(root);
+        const JsonValue render =
+            BuildSceneMetadataJson(b.scene()).Get("scene").Get("entities").Get("0").Get("components").Get("render");
+        if (c.rootBone) EXPECT_EQ(render.Get("rootBone").Text(), c.rootBone);
+        else EXPECT_FALSE(render.Has("rootBone"));
+        EXPECT_TRUE(render.Has("materials"));
+    }
 }
 
 // A deep bone chain with its joints listed from the tip up, on a geometry that several
