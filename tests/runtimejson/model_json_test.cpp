@@ -149,8 +149,9 @@ TEST(ModelJson, NullEntriesAreSkippedAndNullVertexDataIsAnEmptyRecord) {
     b.AddMesh(geometry);  // no vertex data, no indices
     root.Get()->children.push_back(nullptr);
     root.Child("a", 1).WithGeometry(geometry);
-    EXPECT_EQ(WriteText(BuildModelJson(b.scene()).Get("model").Get("vertices"), NoFormat), "[{}]");
-    EXPECT_EQ(WriteText(BuildModelJson(b.scene()).Get("model").Get("meshes"), NoFormat),
+    const JsonValue model = BuildModelJson(b.scene()).Get("model");
+    EXPECT_EQ(WriteText(model.Get("vertices"), NoFormat), "[{}]");
+    EXPECT_EQ(WriteText(model.Get("meshes"), NoFormat),
               R"([{"aabb":{"min":[0,0,0],"max":[0,0,0]},"vertices":0,"type":"triangles","base":0,"count":0}])");
 }
 
