@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <tuple>
 
 #include <draco/compression/decode.h>
 #include <draco/mesh/mesh.h>
@@ -104,12 +105,9 @@ TEST(Draco, AttributeRecordsFollowFixedOrderAndOffsets) {
     m.data.texCoords[2] = m.data.texCoords[0];
     const DracoPayload p = CompressMesh(m.data, m.indices, DracoOptions());
 
-    struct Expect {
-        int32_t semantic, componentType, components;
-        uint8_t normalized;
-        uint32_t byteOffset;
-    };
-    const Expect expected[] = {{0, 0, 3, 0, 0},  {4, 0, 4, 1, 12}, {5, 5, 4, 0, 28},
+    // semantic, component type, components, normalized, byte offset
+    using Record = std::tuple<int32_t, int32_t, int32_t, uint8_t, uint32_t>;
+    const Record expected[] = {{0, 0, 3, 0, 0},  {4, 0, 4, 1, 12}, {5, 5, 4, 0, 28},
                                {6, 0, 4, 0, 36}, {7, 0, 2, 0, 52}, {9, 0, 2, 0, 60}};
     ASSERT_EQ(p.attributes.size(), std::size(expected));
     auto decoded = Decode(p);
@@ -117,11 +115,7 @@ TEST(Draco, AttributeRecordsFollowFixedOrderAndOffsets) {
     for (size_t i = 0; i < p.attributes.size(); ++i) {
         const DracoAttributeInfo& a = p.attributes[i];
         SCOPED_TRACE(i);
-        EXPECT_EQ(a.semantic, expected[i].semantic);
-        EXPECT_EQ(a.componentType, expected[i].componentType);
-        EXPECT_EQ(a.components, expected[i].components);
-        EXPECT_EQ(a.normalized, expected[i].normalized);
-        EXPECT_EQ(a.byteOffset, expected[i].byteOffset);
+        EXPECT_EQ(Record(a.semantic, a.componentType, a.components, a.normalized, a.byteOffset), expected[i]);
         // The id is what a reader looks the decoded attribute up by.
         const draco::PointAttribute* att = decoded->GetAttributeByUniqueId(uint32_t(a.attributeId));
         ASSERT_TRUE(att);
@@ -254,47 +248,40 @@ TEST(Draco, AddedEdgesAttributeIsNotPredicted) {
     EXPECT_GT(marked.data.size(), plain.data.size());
 }
 
-TEST(Draco, FailuresGiveAnEmptyPayload) {
-    Mesh m = Grid(2);
-    DracoOptions o;
-    o.positionBits = 40;  // the encoder refuses more than 30 bits
-    const DracoPayload refused = CompressMesh(m.data, m.indices, o);
-    EXPECT_TRUE(refused.data.empty());
-    EXPECT_EQ(refused.vertexCount, 0);
-    EXPECT_EQ(refused.indexCount, 0);
-
-    m.indices[5] = 9;  // one past the last vertex
-    const DracoPayload outOfRange = CompressMesh(m.data, m.indices, DracoOptions());
-    EXPECT_TRUE(outOfRange.data.empty());
-    EXPECT_EQ(outOfRange.indexCount, 0);
-}
-
-TEST(Draco, ValuesThatAreNotNumbersFailTheEncodeWithoutACrash) {
-    // The encoder crashed on a NaN in any quantised float attribute, on an infinite normal and
-    // on a spread beyond the float range. Such a mesh now fails like a refused encode: no
-    // stream, zero counts, records kept.
-    using Spoil = void (*)(VertexData&);
-    const Spoil spoils[] = {
-        [](VertexData& d) { d.positions[4] = NAN; },
-        [](VertexData& d) { d.normals[7] = INFINITY; },
-        [](VertexData& d) { d.colors[2] = NAN; },
-        [](VertexData& d) { d.weights[9] = NAN; },
-        [](VertexData& d) { d.texCoords[0][3] = NAN; },
-        [](VertexData& d) { d.texCoords[1] = d.texCoords[0], d.texCoords[1][0] = -INFINITY; },
-        // Finite, but largest minus smallest overflows: the quantiser's range is infinite.
-        [](VertexData& d) { d.positions[0] = -3e38f, d.positions[3] = 3e38f; },
-        [](VertexData& d) { d.weights[1] = -3e38f, d.weights[5] = 3e38f; },
+TEST(Draco, FailedEncodesGiveAnEmptyPayloadWithoutACrash) {
+    // The encoder refuses more than 30 bits and indices past the vertices. It crashed on a
+    // NaN in any quantised float attribute, on an infinite normal and on a spread beyond the
+    // float range; such a mesh now fails like a refused encode: no stream, zero counts,
+    // records kept (positions, normals, colours, joints, weights, set 0 and any set 1).
+    struct Case {
+        void (*spoil)(Mesh&, DracoOptions&);
+        size_t records;  // 0: not checked
     };
-    for (size_t i = 0; i < std::size(spoils); ++i) {
+    const Case cases[] = {
+        {[](Mesh&, DracoOptions& o) { o.positionBits = 40; }, 0},
+        {[](Mesh& m, DracoOptions&) { m.indices[5] = 9; }, 0},  // one past the last vertex
+        {[](Mesh& m, DracoOptions&) { m.data.positions[4] = NAN; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.normals[7] = INFINITY; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.colors[2] = NAN; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.weights[9] = NAN; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.texCoords[0][3] = NAN; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.texCoords[1] = m.data.texCoords[0], m.data.texCoords[1][0] = -INFINITY; }, 7},
+        // Finite, but largest minus smallest overflows: the quantiser's range is infinite.
+        {[](Mesh& m, DracoOptions&) { m.data.positions[0] = -3e38f, m.data.positions[3] = 3e38f; }, 6},
+        {[](Mesh& m, DracoOptions&) { m.data.weights[1] = -3e38f, m.data.weights[5] = 3e38f; }, 6},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
         Mesh m = Grid(2);
-        spoils[i](m.data);
-        const DracoPayload p = CompressMesh(m.data, m.indices, DracoOptions());
+        DracoOptions o;
+        cases[i].spoil(m, o);
+        const DracoPayload p = CompressMesh(m.data, m.indices, o);
         SCOPED_TRACE(i);
         EXPECT_TRUE(p.data.empty());
         EXPECT_EQ(p.vertexCount, 0);
         EXPECT_EQ(p.indexCount, 0);
-        // positions, normals, colours, joints, weights, set 0 (and set 1 in the last case)
-        EXPECT_EQ(p.attributes.size(), i == 5 ? 7u : 6u);
+        if (cases[i].records) {
+            EXPECT_EQ(p.attributes.size(), cases[i].records);
+        }
     }
 }
 
