@@ -10,12 +10,14 @@
 
 namespace {
 
+using MeshData = std::pair<VertexData, std::vector<uint32_t>>;
+
 // A scene whose dictionary holds the given geometries; the scene frees everything.
 struct TestScene {
     Scene scene;
     TestScene() { scene.root = new GraphNode; }
 
-    Geometry* AddGeometry(std::vector<std::pair<VertexData, std::vector<uint32_t>>> meshes) {
+    Geometry* AddGeometry(std::vector<MeshData> meshes) {
         auto* g = new Geometry;
         g->id = scene.geometries.Size();
         for (auto& [data, indices] : meshes) {
@@ -36,14 +38,14 @@ struct TestScene {
     }
 };
 
-std::pair<VertexData, std::vector<uint32_t>> Cube(float size = 1.0f) {
-    std::pair<VertexData, std::vector<uint32_t>> m;
-    MakeCube(m.first, m.second, size);
+MeshData Cube() {
+    MeshData m;
+    MakeCube(m.first, m.second);
     return m;
 }
 
-std::pair<VertexData, std::vector<uint32_t>> Cylinder() {
-    std::pair<VertexData, std::vector<uint32_t>> m;
+MeshData Cylinder() {
+    MeshData m;
     MakeCylinder(m.first, m.second, 24);
     return m;
 }
@@ -382,48 +384,57 @@ TEST(Unwrap, DegenerateTrianglesGiveFiniteCoordinates) {
 }
 
 TEST(Unwrap, MeshesNoAtlasCanHoldAreSkippedWithAMessage) {
-    // A quad 2^31 units wide would need billions of texels: xatlas's packer crashes on it.
-    auto run = [](std::vector<float> positions, float q) {
+    // A quad 2^31 units wide needs billions of texels (xatlas's packer crashed on it). At 0
+    // texels per metre xatlas picks a density for the area: a square fits however large, a
+    // needle 2^31 by 1 does not, nor a curved grid 3e10 wide whose areas square past the
+    // float range (it packed for ever); one 1e9 wide still unwraps. A density that is not
+    // a number (a nan option, or a world matrix decomposing into one) also packed for ever.
+    auto quad = [](float w, float h, float y1 = 0) {
+        VertexData d;
+        d.positions = {0, 0, 0, w, y1, 0, w, h, 0, 0, h, 0};
+        return MeshData{d, {0, 1, 2, 0, 2, 3}};
+    };
+    auto grid = [](float width) {
+        MeshData g;
+        MakeGrid(g.first, g.second, 4);
+        for (float& f : g.first.positions) f *= width;
+        return g;
+    };
+    const std::string tooLarge = "UV unwrapping skipped for a mesh of 4 vertices at 16 texels per unit: it spans more "
+                                 "texels than an atlas can hold\n";
+    struct Case {
+        MeshData mesh;
+        float q;
+        bool untouched;
+        std::string err;
+        bool exact;  // else err need only appear in the message
+    } cases[] = {
+        {quad(2147483648.0f, 1), 16.0f, true, tooLarge, true},
+        {quad(1, 1, std::nanf("")), 16.0f, true, "not all finite", false},
+        {quad(1e9f, 1e9f), 0.0f, false, "", true},
+        {quad(2147483648.0f, 1), 0.0f, true, "spans more texels", false},
+        {quad(1, 1), std::nanf(""), true,
+         "UV unwrapping skipped for a mesh of 4 vertices at nan texels per unit: its texel density is not a number\n",
+         true},
+        {grid(3e10f), 0.0f, true,
+         "UV unwrapping skipped for a mesh of 25 vertices at 0 texels per unit: its coordinates span too far for "
+         "single-precision unwrapping\n",
+         true},
+        {grid(1e9f), 0.0f, false, "", true},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
         TestScene ts;
-        VertexData data;
-        data.positions = std::move(positions);
-        Geometry* g = ts.AddGeometry({{data, {0, 1, 2, 0, 2, 3}}});
+        Geometry* g = ts.AddGeometry({cases[i].mesh});
         ts.AddNode(g, Mat4());
         VertexData* before = g->meshInstances[0]->vertices;
         testing::internal::CaptureStderr();
-        UnwrapScene(ts.scene, q);
+        UnwrapScene(ts.scene, cases[i].q);
         const std::string err = testing::internal::GetCapturedStderr();
-        return std::pair<bool, std::string>(g->meshInstances[0]->vertices == before, err);
-    };
-    const std::vector<float> huge = {0, 0, 0, 2147483648.0f, 0, 0, 2147483648.0f, 1, 0, 0, 1, 0};
-    auto [untouched, err] = run(huge, 16.0f);
-    EXPECT_TRUE(untouched);
-    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 4 vertices at 16 texels per unit: it spans more texels "
-                   "than an atlas can hold\n");
-
-    std::vector<float> nan = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-    nan[4] = std::nanf("");
-    std::tie(untouched, err) = run(nan, 16.0f);
-    EXPECT_TRUE(untouched);
-    EXPECT_NE(err.find("not all finite"), std::string::npos) << err;
-
-    // At 0 texels per metre xatlas picks a density for the area: a square fits, however
-    // large, and a needle 2^31 long and 1 wide does not.
-    const std::vector<float> square = {0, 0, 0, 1e9f, 0, 0, 1e9f, 1e9f, 0, 0, 1e9f, 0};
-    std::tie(untouched, err) = run(square, 0.0f);
-    EXPECT_FALSE(untouched);
-    EXPECT_EQ(err, "");
-    std::tie(untouched, err) = run(huge, 0.0f);
-    EXPECT_TRUE(untouched);
-    EXPECT_NE(err.find("spans more texels"), std::string::npos) << err;
-
-    // A density that is not a number (a nan option value, or a world matrix that decomposes
-    // into one) made xatlas pack for ever.
-    const std::vector<float> unit = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-    std::tie(untouched, err) = run(unit, std::nanf(""));
-    EXPECT_TRUE(untouched);
-    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 4 vertices at nan texels per unit: its texel density is "
-                   "not a number\n");
+        EXPECT_EQ(g->meshInstances[0]->vertices == before, cases[i].untouched);
+        if (cases[i].exact) EXPECT_EQ(err, cases[i].err);
+        else EXPECT_NE(err.find(cases[i].err), std::string::npos) << err;
+    }
 }
 
 TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
@@ -457,29 +468,4 @@ TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
         EXPECT_EQ(vd.positions[3 * v + 1], 1.0f);
         EXPECT_EQ(t.deltaPositions[3 * e + 2], 1.0f);
     }
-}
-
-TEST(Unwrap, MeshesTooWideForSinglePrecisionAreSkipped) {
-    // A curved grid 3e10 units wide squares its areas past the float range; at 0 texels per
-    // metre xatlas then packed for ever. One 1e9 wide still unwraps.
-    auto run = [](float width) {
-        TestScene ts;
-        std::pair<VertexData, std::vector<uint32_t>> grid;
-        MakeGrid(grid.first, grid.second, 4);
-        for (float& f : grid.first.positions) f *= width;
-        Geometry* g = ts.AddGeometry({grid});
-        ts.AddNode(g, Mat4());
-        VertexData* before = g->meshInstances[0]->vertices;
-        testing::internal::CaptureStderr();
-        UnwrapScene(ts.scene, 0.0f);
-        const std::string err = testing::internal::GetCapturedStderr();
-        return std::pair<bool, std::string>(g->meshInstances[0]->vertices == before, err);
-    };
-    auto [untouched, err] = run(3e10f);
-    EXPECT_TRUE(untouched);
-    EXPECT_EQ(err, "UV unwrapping skipped for a mesh of 25 vertices at 0 texels per unit: its coordinates span too "
-                   "far for single-precision unwrapping\n");
-    std::tie(untouched, err) = run(1e9f);
-    EXPECT_FALSE(untouched);
-    EXPECT_EQ(err, "");
 }
