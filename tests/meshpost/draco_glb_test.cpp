@@ -62,41 +62,27 @@ void ExpectSameTriangles(const std::vector<Triangle>& written, const std::vector
 TEST(DracoGlb, UnwrappedCompressedSceneValidatesAndReadsBack) {
     Scene scene;
     scene.root = NewNode("root", 0);
-    Geometry* cube = NewGeometry(scene, "cube", 0);
-    Geometry* tube = NewGeometry(scene, "tube", 1);
-    Geometry* morphed = NewGeometry(scene, "morphed", 2);
-    {
-        auto* vd = new VertexData;
+    Geometry* geometries[3];
+    VertexData* vd[3];
+    const char* names[] = {"cube", "tube", "morphed"};
+    for (int i = 0; i < 3; ++i) {
+        geometries[i] = NewGeometry(scene, names[i], uint64_t(i));
+        vd[i] = new VertexData;
         std::vector<uint32_t> idx;
-        MakeCube(*vd, idx);
-        for (size_t v = 0; v < vd->positions.size() / 3; ++v)
-            vd->texCoords[0].insert(vd->texCoords[0].end(), {0.1f * float(v % 7), 0.05f * float(v % 11)});
-        NewInstance(*cube, vd, idx);
+        if (i == 1) MakeCylinder(*vd[i], idx, 20);
+        else MakeCube(*vd[i], idx, i == 0 ? 1.0f : 2.0f);
+        NewInstance(*geometries[i], vd[i], idx);
+        NewNode(names[i], uint64_t(i + 1), scene.root)->geometry = geometries[i];
     }
-    {
-        auto* vd = new VertexData;
-        std::vector<uint32_t> idx;
-        MakeCylinder(*vd, idx, 20);
-        NewInstance(*tube, vd, idx);
-    }
-    {
-        auto* vd = new VertexData;
-        std::vector<uint32_t> idx;
-        MakeCube(*vd, idx, 2.0f);
-        MeshInstance* mi = NewInstance(*morphed, vd, idx);
-        mi->morph = new Morph;
-        auto* target = new MorphTarget(uint32_t(vd->positions.size() / 3));
-        target->name = "grow";
-        for (size_t i = 0; i < target->deltaPositions.size(); ++i) target->deltaPositions[i] = 0.1f * vd->positions[i];
-        Compact(*target, 1.1920929e-7f);
-        mi->morph->targets.push_back(target);
-    }
-    GraphNode* a = NewNode("cube", 1, scene.root);
-    a->geometry = cube;
-    GraphNode* b = NewNode("tube", 2, scene.root);
-    b->geometry = tube;
-    GraphNode* c = NewNode("morphed", 3, scene.root);
-    c->geometry = morphed;
+    Geometry *cube = geometries[0], *tube = geometries[1], *morphed = geometries[2];
+    for (size_t v = 0; v < vd[0]->positions.size() / 3; ++v)
+        vd[0]->texCoords[0].insert(vd[0]->texCoords[0].end(), {0.1f * float(v % 7), 0.05f * float(v % 11)});
+    morphed->meshInstances[0]->morph = new Morph;
+    auto* target = new MorphTarget(uint32_t(vd[2]->positions.size() / 3));
+    target->name = "grow";
+    for (size_t i = 0; i < target->deltaPositions.size(); ++i) target->deltaPositions[i] = 0.1f * vd[2]->positions[i];
+    Compact(*target, 1.1920929e-7f);
+    morphed->meshInstances[0]->morph->targets.push_back(target);
 
     UnwrapScene(scene, 16.0f);
     CompressScene(scene, DracoOptions());
