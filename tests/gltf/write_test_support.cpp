@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,30 +36,20 @@ GlbParts ReadGlbParts(const std::string& path) {
     GlbParts p;
     std::ifstream in(path, std::ios::binary);
     std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    p.fileSize = bytes.size();
-    if (bytes.size() < 20) {
-        p.error = "shorter than a header";
-        return p;
-    }
-    p.magic = U32At(bytes, 0);
-    p.version = U32At(bytes, 4);
-    p.lengthField = U32At(bytes, 8);
-    p.jsonLength = U32At(bytes, 12);
-    p.jsonType = U32At(bytes, 16);
-    size_t binHeader = 20 + size_t(p.jsonLength);
-    if (binHeader + 8 > bytes.size()) {
-        p.error = "JSON chunk runs past the end";
-        return p;
-    }
-    p.json.assign(bytes.begin() + 20, bytes.begin() + static_cast<std::ptrdiff_t>(binHeader));
-    p.binLength = U32At(bytes, binHeader);
-    p.binType = U32At(bytes, binHeader + 4);
-    if (binHeader + 8 + p.binLength != bytes.size()) {
+    size_t binHeader = bytes.size() < 20 ? 0 : 20 + size_t(U32At(bytes, 12));
+    if (bytes.size() < 20 || binHeader + 8 > bytes.size()) {
+        p.error = "header or JSON chunk runs past the end";
+    } else if (U32At(bytes, 0) != 0x46546C67 || U32At(bytes, 4) != 2 || U32At(bytes, 8) != bytes.size()) {
+        p.error = "bad magic, version or length field";
+    } else if (U32At(bytes, 16) != 0x4E4F534A || U32At(bytes, binHeader + 4) != 0x004E4942) {
+        p.error = "chunk types are not JSON then BIN";
+    } else if (binHeader + 8 + U32At(bytes, binHeader) != bytes.size()) {
         p.error = "binary chunk does not end the file";
-        return p;
+    } else {
+        p.json.assign(bytes.begin() + 20, bytes.begin() + static_cast<std::ptrdiff_t>(binHeader));
+        p.bin.assign(bytes.begin() + static_cast<std::ptrdiff_t>(binHeader + 8), bytes.end());
+        p.ok = true;
     }
-    p.bin.assign(bytes.begin() + static_cast<std::ptrdiff_t>(binHeader + 8), bytes.end());
-    p.ok = true;
     return p;
 }
 
@@ -119,7 +110,13 @@ ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool mo
 }
 
 namespace {
-ValidatorResult RunValidatorCommand(const std::string& path, const std::string& arguments) {
+struct ValidatorResult {
+    bool available = false;  // false when node is not installed
+    int exitCode = -1;
+    std::string output;
+};
+
+ValidatorResult RunValidator(const std::string& path, const std::string& arguments) {
     ValidatorResult r;
     if (std::system("command -v node >/dev/null 2>&1") != 0) return r;
     r.available = true;
@@ -136,22 +133,11 @@ ValidatorResult RunValidatorCommand(const std::string& path, const std::string& 
 }
 }  // namespace
 
-ValidatorResult RunValidator(const std::string& path, const std::vector<std::string>& allowed) {
-    std::string list;
-    for (const std::string& code : allowed) list += (list.empty() ? "" : ",") + code;
-    return RunValidatorCommand(path, list.empty() ? "" : " --allow " + ShellQuote(list));
-}
-
 std::vector<std::string> ValidatorErrorCodes(const std::string& path) {
-    ValidatorResult r = RunValidatorCommand(path, " --error-codes");
+    std::istringstream lines(RunValidator(path, " --error-codes").output);
     std::vector<std::string> codes;
-    size_t start = 0;
-    while (start < r.output.size()) {
-        size_t end = r.output.find('\n', start);
-        if (end == std::string::npos) end = r.output.size();
-        if (end > start) codes.push_back(r.output.substr(start, end - start));
-        start = end + 1;
-    }
+    for (std::string line; std::getline(lines, line);)
+        if (!line.empty()) codes.push_back(line);
     return codes;
 }
 
@@ -258,7 +244,9 @@ void ExpectValidatorClean(const std::string& path, const std::vector<std::string
     ExpectViewsInsideBuffer(path);
     std::vector<std::string> rules = PrescribedValidatorErrors();
     rules.insert(rules.end(), alsoAllowed.begin(), alsoAllowed.end());
-    ValidatorResult r = RunValidator(path, rules);
+    std::string list;
+    for (const std::string& code : rules) list += (list.empty() ? "" : ",") + code;
+    ValidatorResult r = RunValidator(path, " --allow " + ShellQuote(list));
     if (!r.available) GTEST_SKIP() << "node is not installed: the glTF validator did not run";
     EXPECT_EQ(r.exitCode, 0) << "validator on " << path << ":\n" << r.output;
 }

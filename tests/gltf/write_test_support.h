@@ -14,13 +14,10 @@
 inline constexpr const char* kAsset =
     R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
 
-// The parts of a GLB file as they lie on disk.
+// The two chunks of a GLB file; `ok` only when the header, chunk types and lengths agree.
 struct GlbParts {
     bool ok = false;
     std::string error;
-    uint32_t magic = 0, version = 0, lengthField = 0;
-    uint32_t jsonLength = 0, jsonType = 0, binLength = 0, binType = 0;
-    uint64_t fileSize = 0;
     std::string json;           // with its padding
     std::vector<uint8_t> bin;   // with its padding
 };
@@ -38,15 +35,6 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
 ExportOptions ModelOptions();
 ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool model = false);
 
-struct ValidatorResult {
-    bool available = false;  // false when node is not installed
-    int exitCode = -1;
-    std::string output;
-};
-// Runs tools/validator/validate.mjs; errors matched by a rule of `allowed` (CODE or
-// CODE@POINTER-GLOB) do not fail.
-ValidatorResult RunValidator(const std::string& path, const std::vector<std::string>& allowed);
-
 // The errors that our output rules themselves produce, each only where its rule puts it.
 const std::vector<std::string>& PrescribedValidatorErrors();
 
@@ -55,8 +43,9 @@ const std::vector<std::string>& PrescribedValidatorErrors();
 // the buffer's end).
 void ExpectViewsInsideBuffer(const std::string& path);
 
-// Runs ExpectViewsInsideBuffer first. Fails the current test when the validator reports any other error than the prescribed
-// ones and those of `alsoAllowed`; skips it when node is absent.
+// Runs ExpectViewsInsideBuffer, then tools/validator/validate.mjs: fails the current test on
+// any error but the prescribed ones and those of `alsoAllowed` (CODE or CODE@POINTER-GLOB);
+// skips it when node is absent.
 void ExpectValidatorClean(const std::string& path, const std::vector<std::string>& alsoAllowed = {});
 
 // The distinct codes of the errors the validator finds in a file; empty without node.
