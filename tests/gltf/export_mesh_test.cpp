@@ -20,15 +20,33 @@ std::string Between(const std::string& text, const std::string& from, const std:
     return b == std::string::npos ? text.substr(a) : text.substr(a, b - a);
 }
 
-TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
-    Scene scene;
+// A root whose geometry "g" holds one indexed instance of `v`.
+MeshInstance* OneInstanceScene(Scene& scene, VertexData* v) {
     scene.root = NewNode("root", 0);
     Geometry* g = NewGeometry(scene, "g", 0);
-    VertexData* v = Triangle();
-    NewInstance(*g, v, {0, 1, 2});
-    MeshInstance* strip = NewInstance(*g, v, {2, 1, 0});
-    strip->primitiveType = 4;  // triangle strip: mode 5
     scene.root->geometry = g;
+    return NewInstance(*g, v, {0, 1, 2});
+}
+
+// Runs ExportMeshes over the scene's nodes.
+std::vector<GlbMesh> Meshes(const Scene& scene, GlbBuilder& b, std::vector<GlbNode>* nodesOut = nullptr) {
+    std::vector<GlbNode> nodes = ExportNodes(scene.root);
+    std::vector<GlbMesh> meshes;
+    std::vector<GlbSkin> skins;
+    ExportMeshes(nodes, b, meshes, skins);
+    if (nodesOut) *nodesOut = nodes;
+    return meshes;
+}
+
+void PutMatrix(std::vector<uint8_t>& out, const Mat4& m) {
+    for (float f : m.m) PutBytes<float>(out, {f});
+}
+
+TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
+    Scene scene;
+    MeshInstance* first = OneInstanceScene(scene, Triangle());
+    MeshInstance* strip = NewInstance(*scene.root->geometry, first->vertices, {2, 1, 0});
+    strip->primitiveType = 4;  // triangle strip: mode 5
 
     GlbParts glb = WriteAndRead(scene, ModelOptions(), "shared_vertices");
     ASSERT_TRUE(glb.ok) << glb.error;
@@ -171,12 +189,9 @@ TEST(GlbMeshExport, ColoursOfThreeFloatsFillFourByteSlotsInOrder) {
 
 TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
     VertexData* v = Triangle();
     v->texCoords[3] = {0, 0, 1, 0, 0, 1};
-    NewInstance(*g, v, {0, 1, 2});
-    scene.root->geometry = g;
+    OneInstanceScene(scene, v);
     GlbParts glb = WriteAndRead(scene, ModelOptions(), "texcoord3");
     ASSERT_TRUE(glb.ok) << glb.error;
     EXPECT_NE(glb.json.find(R"("attributes":{"POSITION":1,"TEXCOORD_3":2})"), std::string::npos) << glb.json;
@@ -186,12 +201,9 @@ TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
 
 TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
     VertexData* v = Triangle();
     v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
-    MeshInstance* mi = NewInstance(*g, v, {0, 1, 2});
-    scene.root->geometry = g;
+    MeshInstance* mi = OneInstanceScene(scene, v);
 
     mi->morph = new Morph;
     MorphTarget* smile = new MorphTarget(3);
@@ -241,10 +253,7 @@ TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
 
 TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
-    MeshInstance* mi = NewInstance(*g, Triangle(), {0, 1, 2});
-    scene.root->geometry = g;
+    MeshInstance* mi = OneInstanceScene(scene, Triangle());
     mi->morph = new Morph;
     MorphTarget* t = new MorphTarget(3);
     t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
@@ -260,36 +269,17 @@ TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
 
 TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
-    MeshInstance* mi = NewInstance(*g, Triangle(), {0, 1, 2});
-    scene.root->geometry = g;
+    MeshInstance* mi = OneInstanceScene(scene, Triangle());
     DracoPayload payload;
     payload.vertexCount = 3;
     payload.indexCount = 3;
     payload.data = {1, 2, 3, 4, 5};
-    DracoAttributeInfo position;
-    position.semantic = 0;
-    position.componentType = 0;
-    position.components = 3;
-    position.attributeId = 0;
-    position.min = {0, 0, 0};
-    position.max = {1, 1, 0};
-    DracoAttributeInfo colour;
-    colour.semantic = 4;
-    colour.components = 4;
-    colour.normalized = 1;  // written without "normalized" all the same
-    colour.attributeId = 1;
-    colour.byteOffset = 12;
-    DracoAttributeInfo uv;
-    uv.semantic = 7;
-    uv.components = 2;
-    uv.attributeId = 2;
-    payload.attributes = {position, colour, uv};
+    // semantic, componentType, components, normalized, byteOffset, attributeId, min, max;
+    // the colour is written without "normalized" all the same.
+    payload.attributes = {{0, 0, 3, 0, 0, 0, {0, 0, 0}, {1, 1, 0}}, {4, 0, 4, 1, 12, 1, {}, {}}, {7, 0, 2, 0, 0, 2, {}, {}}};
     mi->compressed = payload;
 
-    std::string path;
-    GlbParts glb = WriteAndRead(scene, ModelOptions(), "draco", &path);
+    GlbParts glb = WriteAndRead(scene, ModelOptions(), "draco");
     ASSERT_TRUE(glb.ok) << glb.error;
     EXPECT_EQ(TrimmedJson(glb),
               std::string(kAsset) +
@@ -355,25 +345,18 @@ TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
               std::string::npos);
     ASSERT_GE(glb.bin.size(), 232u);
     std::vector<uint8_t> matrices;
-    Mat4 m0 = Translation(1, 2, 3), m2 = Translation(4, 5, 6);
-    for (float f : m0.m) PutBytes<float>(matrices, {f});
-    for (float f : m2.m) PutBytes<float>(matrices, {f});
+    PutMatrix(matrices, Translation(1, 2, 3));
+    PutMatrix(matrices, Translation(4, 5, 6));
     EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 104, glb.bin.begin() + 232), matrices);
 }
 
 TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
     // A Draco stream that failed to decode leaves an instance without vertex data.
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
-    NewInstance(*g, nullptr, {0, 1, 2});
-    NewInstance(*g, Triangle(), {0, 1, 2});
-    scene.root->geometry = g;
-    std::vector<GlbNode> nodes = ExportNodes(scene.root);
+    OneInstanceScene(scene, nullptr);
+    NewInstance(*scene.root->geometry, Triangle(), {0, 1, 2});
     GlbBuilder b;
-    std::vector<GlbMesh> meshes;
-    std::vector<GlbSkin> skins;
-    ExportMeshes(nodes, b, meshes, skins);
+    std::vector<GlbMesh> meshes = Meshes(scene, b);
     ASSERT_EQ(meshes.size(), 1u);
     ASSERT_EQ(meshes[0].primitives.size(), 2u);
     const GlbAccessor& empty = b.accessors[size_t(meshes[0].primitives[0].attributes.at("POSITION"))];
@@ -392,8 +375,8 @@ TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
     GlbSkin out = ExportSkin(skin, b, {{4, 0}, {5, 1}});
     EXPECT_EQ(out.joints, (std::vector<int32_t>{0, 1}));
     std::vector<uint8_t> expected;
-    for (float f : Translation(1, 2, 3).m) PutBytes<float>(expected, {f});
-    for (float f : Mat4{}.m) PutBytes<float>(expected, {f});
+    PutMatrix(expected, Translation(1, 2, 3));
+    PutMatrix(expected, Mat4{});
     EXPECT_EQ(b.data, expected);
     EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
 }
@@ -444,11 +427,9 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
     h->meshInstances.push_back(first);
     other->geometry = h;
 
-    std::vector<GlbNode> nodes = ExportNodes(scene.root);
     GlbBuilder b;
-    std::vector<GlbMesh> meshes;
-    std::vector<GlbSkin> skins;
-    ExportMeshes(nodes, b, meshes, skins);
+    std::vector<GlbNode> nodes;
+    std::vector<GlbMesh> meshes = Meshes(scene, b, &nodes);
     ASSERT_EQ(meshes.size(), 2u);
     EXPECT_EQ(meshes[0].weights, (std::vector<float>{0.75f}));
     EXPECT_EQ(meshes[0].targetNames, (std::vector<std::string>{"c"}));
@@ -466,13 +447,10 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
 
 TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
     Scene scene;
-    scene.root = NewNode("root", 0);
-    Geometry* g = NewGeometry(scene, "g", 0);
     Skin* skin = new Skin;
     skin->joints = {0};
     skin->inverseBindMatrices = {Mat4{}};
-    NewInstance(*g, Triangle(), {0, 1, 2})->skin = skin;
-    scene.root->geometry = g;
+    OneInstanceScene(scene, Triangle())->skin = skin;
     GlbParts glb = WriteAndRead(scene, AnimationOptions({"none"}), "no_model");
     ASSERT_TRUE(glb.ok) << glb.error;
     EXPECT_EQ(TrimmedJson(glb), std::string(kAsset) +
