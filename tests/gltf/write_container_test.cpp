@@ -17,34 +17,32 @@ std::vector<uint8_t> FileBytes(const std::string& path) {
 void PutText(std::vector<uint8_t>& out, const std::string& text) { out.insert(out.end(), text.begin(), text.end()); }
 
 TEST(GlbContainer, ChunksArePaddedAndLengthsPatched) {
-    JsonValue json = JsonValue::Object();
-    json.Add("a", JsonValue(int32_t(1)));  // {"a":1}: 7 bytes, one blank of padding
-    GlbBuilder builder;
-    builder.data = {1, 2, 3, 4, 5};  // three zero bytes of padding
-    std::string path = TempGlbPath("container");
-    WriteGlbFile(path, json, builder);
-
-    std::vector<uint8_t> expected;
-    PutText(expected, "glTF");
-    PutBytes<uint32_t>(expected, {2, 44, 8});
-    PutText(expected, "JSON{\"a\":1} ");
-    PutBytes<uint32_t>(expected, {8});
-    PutText(expected, std::string("BIN\0", 4));
-    PutBytes<uint8_t>(expected, {1, 2, 3, 4, 5, 0, 0, 0});
-    EXPECT_EQ(FileBytes(path), expected);
-}
-
-TEST(GlbContainer, EmptyBufferStillWritesTheBinaryChunk) {
-    JsonValue json = JsonValue::Object();  // {}: two blanks of padding
-    std::string path = TempGlbPath("container_empty");
-    WriteGlbFile(path, json, GlbBuilder{});
-    std::vector<uint8_t> expected;
-    PutText(expected, "glTF");
-    PutBytes<uint32_t>(expected, {2, 32, 4});
-    PutText(expected, "JSON{}  ");
-    PutBytes<uint32_t>(expected, {0});
-    PutText(expected, std::string("BIN\0", 4));
-    EXPECT_EQ(FileBytes(path), expected);
+    JsonValue one = JsonValue::Object();
+    one.Add("a", JsonValue(int32_t(1)));
+    // {"a":1} gets one blank and 5 data bytes three zeros; {} gets two blanks, and an empty
+    // buffer still writes its binary chunk.
+    const struct {
+        JsonValue json;
+        std::vector<uint8_t> data;
+        std::string jsonChunk;
+        uint32_t total, binLength;
+    } cases[] = {{one, {1, 2, 3, 4, 5}, "{\"a\":1} ", 44, 8}, {JsonValue::Object(), {}, "{}  ", 32, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.jsonChunk);
+        GlbBuilder builder;
+        builder.data = c.data;
+        std::string path = TempGlbPath("container");
+        WriteGlbFile(path, c.json, builder);
+        std::vector<uint8_t> expected;
+        PutText(expected, "glTF");
+        PutBytes<uint32_t>(expected, {2, c.total, uint32_t(c.jsonChunk.size())});
+        PutText(expected, "JSON" + c.jsonChunk);
+        PutBytes<uint32_t>(expected, {c.binLength});
+        PutText(expected, std::string("BIN\0", 4));
+        expected.insert(expected.end(), c.data.begin(), c.data.end());
+        PadTo4(expected);
+        EXPECT_EQ(FileBytes(path), expected);
+    }
 }
 
 TEST(GlbContainer, UnwritablePathIsLeftAloneQuietly) {
