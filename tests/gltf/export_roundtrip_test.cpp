@@ -103,12 +103,10 @@ void CompareGeometry(const Geometry* x, const Geometry* y, Comparison& c, const 
     }
     c.geometries[x] = y;
     std::vector<const MeshInstance*> xs, ys;
-    for (const MeshInstance* mi : x->meshInstances) {
+    for (const MeshInstance* mi : x->meshInstances)
         if (mi) xs.push_back(mi);
-    }
-    for (const MeshInstance* mi : y->meshInstances) {
+    for (const MeshInstance* mi : y->meshInstances)
         if (mi) ys.push_back(mi);
-    }
     ASSERT_EQ(xs.size(), ys.size()) << where;
     for (size_t i = 0; i < xs.size(); ++i) {
         std::string at = where + " primitive " + std::to_string(i);
@@ -125,7 +123,9 @@ void CompareGeometry(const Geometry* x, const Geometry* y, Comparison& c, const 
     }
 }
 
-void CompareNodes(const GraphNode* x, const GraphNode* y, Comparison& c, std::vector<std::pair<const Geometry*, const Geometry*>>& skinned) {
+using GeometryPairs = std::vector<std::pair<const Geometry*, const Geometry*>>;
+
+void CompareNodes(const GraphNode* x, const GraphNode* y, Comparison& c, GeometryPairs& skinned) {
     ASSERT_EQ(x == nullptr, y == nullptr);
     if (!x) return;
     EXPECT_EQ(x->name, y->name);
@@ -227,7 +227,7 @@ void RoundTrip(const std::string& source, const std::string& stem) {
     std::unique_ptr<Scene> b = Load(y.string());
     ASSERT_TRUE(a && b);
     Comparison c;
-    std::vector<std::pair<const Geometry*, const Geometry*>> skinned;
+    GeometryPairs skinned;
     CompareNodes(a->root, b->root, c, skinned);
     // Skins need every node id first: joints may come later in the tree than their mesh.
     for (const auto& [gx, gy] : skinned) {
@@ -242,9 +242,8 @@ void RoundTrip(const std::string& source, const std::string& stem) {
 std::vector<std::string> CorpusFiles() {
     std::vector<std::string> files;
     std::error_code ec;
-    for (const auto& entry : fs::directory_iterator(VURL_CORPUS_GLB_DIR, ec)) {
+    for (const auto& entry : fs::directory_iterator(VURL_CORPUS_GLB_DIR, ec))
         if (entry.path().extension() == ".glb") files.push_back(entry.path().string());
-    }
     std::sort(files.begin(), files.end());
     return files;
 }
