@@ -14,6 +14,16 @@ std::unique_ptr<Scene> ImportMembers(const ScratchDir& dir, const GlbFixture& gl
 
 std::string N(int i) { return std::to_string(i); }
 
+// One mesh of one primitive with only positions.
+std::string PositionMesh(int pos) { return R"({"primitives":[{"attributes":{"POSITION":)" + N(pos) + "}}]}"; }
+
+// 0, 1, 2, ... n - 1.
+std::vector<float> Iota(int n) {
+    std::vector<float> v(static_cast<size_t>(n));
+    for (int i = 0; i < n; ++i) v[size_t(i)] = float(i);
+    return v;
+}
+
 }  // namespace
 
 TEST(ImportNodes, RootsNamesAndSceneRoot) {
@@ -65,7 +75,7 @@ TEST(ImportNodes, MatrixRotationInDegreesAndSkinOfTheLastNode) {
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
     // A quarter turn about z, columns in file order; a skin on a node without mesh is unused.
     auto scene = ImportMembers(dir, glb,
-        R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
+        R"("meshes":[)" + PositionMesh(pos) + R"(],
         "skins":[{"joints":[0]},{"joints":[1]}],
         "nodes":[{"mesh":0,"skin":0,"matrix":[0,1,0,0, -1,0,0,0, 0,0,1,0, 0,0,0,1]},{"mesh":0,"skin":1},{"skin":9}])");
     ASSERT_TRUE(scene && scene->root);
@@ -86,21 +96,14 @@ TEST(ImportNodes, BrokenHierarchiesAreRefused) {
     for (const char* nodes : {R"("nodes":[{"children":[1]},{"children":[0]}])", R"("nodes":[{"children":[0]}])",
                               R"("nodes":[{"children":[1]},{},{"children":[1]}])", R"("nodes":[{"children":[5]}])",
                               R"("nodes":[{"mesh":2}])", R"("nodes":[{"camera":0}])"}) {
-        GltfContext context;
-        ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(nodes), context));
-        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << nodes;
+        EXPECT_TRUE(ImportRefused(dir, GlbFixture().Build(nodes))) << nodes;
     }
     // A chain deeper than 4096 levels would overflow the recursive walks of the writers.
     for (int depth : {4096, 4097}) {
         std::string chain = R"("nodes":[)";
         for (int i = 0; i + 1 < depth; ++i) chain += R"({"children":[)" + N(i + 1) + "]},";
         chain += "{}]";
-        GltfContext context;
-        ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(chain), context));
-        if (depth == 4096)
-            EXPECT_NO_THROW(delete ImportGltfScene(context));
-        else
-            EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+        EXPECT_EQ(ImportRefused(dir, GlbFixture().Build(chain)), depth > 4096) << depth;
     }
 }
 
@@ -151,10 +154,8 @@ TEST(ImportMeshes, InconsistentCountsAreRefused) {
              R"({"attributes":{)" + position + R"(,"NORMAL":)" + N(twoNormals) + "}}",
              R"({"attributes":{)" + position + R"(},"targets":[{"POSITION":)" + N(twoDeltas) + "}]}",
              R"({"attributes":{"POSITION":)" + N(flat) + "}}"}) {
-        GltfContext context;
-        ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("meshes":[{"primitives":[)" + primitive + R"(]}],"nodes":[{"mesh":0}])"),
-                              context));
-        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << primitive;
+        EXPECT_TRUE(ImportRefused(dir, glb.Build(R"("meshes":[{"primitives":[)" + primitive + R"(]}],"nodes":[{"mesh":0}])")))
+            << primitive;
     }
 }
 
@@ -190,14 +191,11 @@ TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
 TEST(ImportObjects, SkinsCamerasAndLights) {
     ScratchDir dir;
     GlbFixture glb;
-    std::vector<float> ibm(32, 0.0f);
-    for (int i = 0; i < 32; ++i) ibm[size_t(i)] = float(i);
-    const int ibmAccessor = glb.AddData(ibm, kFloat, "MAT4");
+    const int ibmAccessor = glb.AddData(Iota(32), kFloat, "MAT4");
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
     auto scene = ImportMembers(dir, glb,
         R"("skins":[{"inverseBindMatrices":)" + N(ibmAccessor) + R"(,"joints":[2,1]},{"joints":[1]}],
-        "meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]},
-                  {"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(}}]}],
+        "meshes":[)" + PositionMesh(pos) + "," + PositionMesh(pos) + R"(],
         "cameras":[{"name":"p","type":"perspective","perspective":{"yfov":0.5,"znear":0.5,"zfar":50,"aspectRatio":2}},
                    {"type":"orthographic","orthographic":{"ymag":3,"xmag":9,"znear":1,"zfar":2}},
                    {"type":"orthographic"}],
@@ -256,7 +254,7 @@ TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
     two[16] = 7.0f;
     const int ibm = glb.AddData(two, kFloat, "MAT4");
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
-    const std::string mesh = R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + "}}]}],";
+    const std::string mesh = R"("meshes":[)" + PositionMesh(pos) + "],";
     // More matrices than joints is valid glTF: every whole matrix is kept, in file order.
     auto scene = ImportMembers(dir, glb, mesh + R"("nodes":[{"mesh":0,"skin":0}],"skins":[{"joints":[0],"inverseBindMatrices":)" +
                                              N(ibm) + "}]");
@@ -267,10 +265,8 @@ TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
     EXPECT_EQ(skin->inverseBindMatrices[1][0], 7.0f);
     EXPECT_EQ(skin->joints, (std::vector<int64_t>{0}));
     // Fewer matrices than joints would leave joints without a bind pose.
-    GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("nodes":[{},{},{}],"skins":[{"joints":[0,1,2],"inverseBindMatrices":)" + N(ibm) + "}]"),
-                          context));
-    EXPECT_THROW(delete ImportGltfScene(context), GltfError);
+    EXPECT_TRUE(ImportRefused(dir, glb.Build(R"("nodes":[{},{},{}],"skins":[{"joints":[0,1,2],"inverseBindMatrices":)" +
+                                             N(ibm) + "}]")));
 }
 
 TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
@@ -278,9 +274,7 @@ TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
     const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
-    std::vector<float> cubic(24);
-    for (int i = 0; i < 24; ++i) cubic[size_t(i)] = float(i);
-    const int rot = glb.AddData(cubic, kFloat, "VEC4");
+    const int rot = glb.AddData(Iota(24), kFloat, "VEC4");
     const int weights = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "SCALAR");
     auto scene = ImportMembers(dir, glb,
         R"("nodes":[{},{},{}],"animations":[{"name":"take","samplers":[
@@ -323,9 +317,7 @@ TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
     const int t1 = glb.AddData(std::vector<float>{2}, kFloat, "SCALAR");
-    std::vector<float> cubic(18);  // 2 keys x (in, value, out) x 3
-    for (int i = 0; i < 18; ++i) cubic[size_t(i)] = float(i);
-    const int trans = glb.AddData(cubic, kFloat, "VEC3");
+    const int trans = glb.AddData(Iota(18), kFloat, "VEC3");  // 2 keys x (in, value, out) x 3
     const int scale2 = glb.AddData(std::vector<float>{1, 1, 1, 2, 2, 2}, kFloat, "VEC3");
     const int scale1 = glb.AddData(std::vector<float>{3, 3, 3}, kFloat, "VEC3");
     auto scene = ImportMembers(dir, glb,
@@ -359,9 +351,7 @@ TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
     ScratchDir dir;
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
-    std::vector<float> out(12);  // 2 keys x 3 runs x 2 weights
-    for (int i = 0; i < 12; ++i) out[size_t(i)] = float(i);
-    const int weights = glb.AddData(out, kFloat, "SCALAR");
+    const int weights = glb.AddData(Iota(12), kFloat, "SCALAR");  // 2 keys x 3 runs x 2 weights
     auto scene = ImportMembers(dir, glb,
         R"("nodes":[{}],"animations":[{"samplers":[{"input":)" + N(t2) + R"(,"output":)" + N(weights) +
         R"(,"interpolation":"CUBICSPLINE"}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])");
@@ -386,9 +376,7 @@ TEST(ImportAnimations, MismatchedKeysAndMissingSamplersAreRefused) {
           R"("animations":[{"samplers":[],"channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])",
           R"("animations":[{"samplers":[{"input":)" + N(none) + R"(,"output":)" + N(trans) +
               R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])"}) {
-        GltfContext context;
-        ASSERT_TRUE(ReadBytes(dir, glb.Build(nodes + animation), context));
-        EXPECT_THROW(delete ImportGltfScene(context), GltfError) << animation;
+        EXPECT_TRUE(ImportRefused(dir, glb.Build(nodes + animation))) << animation;
     }
 }
 

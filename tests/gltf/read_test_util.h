@@ -64,6 +64,18 @@ inline std::unique_ptr<Scene> Import(const ScratchDir& dir, const std::vector<ui
     return std::unique_ptr<Scene>(ImportGltfScene(context));
 }
 
+// True when the bytes read but the import refuses them with a GltfError.
+inline bool ImportRefused(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
+    GltfContext context;
+    if (!ReadBytes(dir, bytes, context)) return false;
+    try {
+        delete ImportGltfScene(context);
+    } catch (const GltfError&) {
+        return true;
+    }
+    return false;
+}
+
 inline GraphNode* FindNode(GraphNode* node, const std::string& name) {
     if (!node) return nullptr;
     if (node->name == name) return node;
