@@ -17,6 +17,11 @@ std::vector<std::string> Names(const std::string& images, GlbFixture glb = GlbFi
     return MakeImageFileNames(context);
 }
 
+std::vector<uint8_t> ReadAll(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+}
+
 const std::vector<uint8_t> kPngHead = {137, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0};
 const std::vector<uint8_t> kJpegHead = {255, 216, 255, 224};
 
@@ -28,19 +33,24 @@ TEST(ImageNames, SanitisingKeepsTheLength) {
     EXPECT_EQ(SanitizeFileName("caf\xc3\xa9"), "caf\xc3\xa9");  // bytes from 128 on stay
 }
 
-TEST(ImageNames, DuplicatesCountUp) {
+TEST(ImageNames, DuplicatesCountUpAndExtensionsFollowTheType) {
     EXPECT_EQ(Names(R"([{"name":"skin","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
                         {"name":"skin","mimeType":"image/png"},{"name":"Skin","mimeType":"image/png"}])"),
               (std::vector<std::string>{"skin.png", "skin_1.png", "skin_2.png", "Skin.png"}));
-}
-
-TEST(ImageNames, CountersSkipNamesTakenByOtherImages) {
+    // Counters skip names taken by other images.
     EXPECT_EQ(Names(R"([{"name":"skin","mimeType":"image/png"},{"name":"skin_2","mimeType":"image/png"},
                         {"name":"skin","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
                         {"name":"skin_3","mimeType":"image/png"},{"name":"skin","mimeType":"image/png"},
                         {"name":"skin","mimeType":"image/jpeg"}])"),
               (std::vector<std::string>{"skin.png", "skin_2.png", "skin_1.png", "skin_3.png", "skin_3_1.png",
                                         "skin_4.png", "skin.jpg"}));
+    // The extension is cut on a lower-cased copy.
+    EXPECT_EQ(Names(R"([{"name":"Photo.JPEG","mimeType":"image/jpeg"},{"name":"a.jpg","mimeType":"image/png"},
+                        {"name":"b.PNG","mimeType":"image/png"},{"name":"c.webp","mimeType":"image/webp"},
+                        {"name":".jpeg","mimeType":"image/jpeg"},{"name":".png","mimeType":"image/png"},
+                        {"name":"d","mimeType":"image/avif"},{"name":"e","mimeType":"image/PNG"}])"),
+              (std::vector<std::string>{"Photo.jpg", "a.jpg.png", "b.png", "c.webp", ".jpeg.jpg", ".png.png",
+                                        "d.avif", "e.jpg"}));
 }
 
 TEST(ImageNames, ManyImagesOfOneNameTakeLinearTime) {
@@ -57,15 +67,6 @@ TEST(ImageNames, ManyImagesOfOneNameTakeLinearTime) {
     EXPECT_EQ(names[1], "a_1.png");
     EXPECT_EQ(names[count - 1], "a_" + std::to_string(count - 1) + ".png");
     EXPECT_LT(seconds, 20.0);
-}
-
-TEST(ImageNames, ExtensionCutOnALowerCasedCopy) {
-    EXPECT_EQ(Names(R"([{"name":"Photo.JPEG","mimeType":"image/jpeg"},{"name":"a.jpg","mimeType":"image/png"},
-                        {"name":"b.PNG","mimeType":"image/png"},{"name":"c.webp","mimeType":"image/webp"},
-                        {"name":".jpeg","mimeType":"image/jpeg"},{"name":".png","mimeType":"image/png"},
-                        {"name":"d","mimeType":"image/avif"},{"name":"e","mimeType":"image/PNG"}])"),
-              (std::vector<std::string>{"Photo.jpg", "a.jpg.png", "b.png", "c.webp", ".jpeg.jpg", ".png.png",
-                                        "d.avif", "e.jpg"}));
 }
 
 TEST(ImageNames, SignatureViewNameAndIndexFallbacks) {
@@ -101,9 +102,7 @@ TEST(ExtractImages, WritesEmbeddedImagesAndReportsEach) {
     const std::string out = ::testing::internal::GetCapturedStdout();
     const std::string file = dir.File("in.glb.fbm/he_said__hi_.png");
     EXPECT_EQ(out, "writing 10 bytes to \"" + file + "\"...\n");
-    std::ifstream in(file, std::ios::binary);
-    std::vector<uint8_t> written((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(written, kPngHead);
+    EXPECT_EQ(ReadAll(file), kPngHead);
     EXPECT_FALSE(std::filesystem::exists(dir.File("in.glb.fbm/x.png")));
 }
 
@@ -154,7 +153,5 @@ TEST(ExtractImages, ViewsOfOtherBuffersStillReadTheBinaryChunk) {
     ::testing::internal::CaptureStdout();
     ExtractEmbeddedImages(context);
     ::testing::internal::GetCapturedStdout();
-    std::ifstream in(dir.File("in.glb.fbm/pic.png"), std::ios::binary);
-    std::vector<uint8_t> written((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(written, kPngHead);  // the signature in the chunk gave ".png" too
+    EXPECT_EQ(ReadAll(dir.File("in.glb.fbm/pic.png")), kPngHead);  // the signature in the chunk gave ".png" too
 }
