@@ -48,11 +48,7 @@ Encoded EncodeQuad() {
         builder.SetAttributeValuesForFace(e.weights, face, weights[0], weights[1], weights[2]);
     }
     std::unique_ptr<draco::Mesh> mesh = builder.Finalize();
-    e.position = int(mesh->attribute(e.position)->unique_id());
-    e.color = int(mesh->attribute(e.color)->unique_id());
-    e.joints = int(mesh->attribute(e.joints)->unique_id());
-    e.uv = int(mesh->attribute(e.uv)->unique_id());
-    e.weights = int(mesh->attribute(e.weights)->unique_id());
+    for (int* id : {&e.position, &e.color, &e.joints, &e.uv, &e.weights}) *id = int(mesh->attribute(*id)->unique_id());
     draco::Encoder encoder;
     encoder.SetEncodingMethod(draco::MESH_SEQUENTIAL_ENCODING);
     draco::EncoderBuffer buffer;
@@ -66,8 +62,7 @@ std::vector<uint8_t> EncodePointCloud() {
     builder.Start(2);
     const int att = builder.AddAttribute(draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32);
     const float p[2][3] = {{0, 0, 0}, {1, 1, 1}};
-    builder.SetAttributeValueForPoint(att, draco::PointIndex(0), p[0]);
-    builder.SetAttributeValueForPoint(att, draco::PointIndex(1), p[1]);
+    for (uint32_t i = 0; i < 2; ++i) builder.SetAttributeValueForPoint(att, draco::PointIndex(i), p[i]);
     std::unique_ptr<draco::PointCloud> cloud = builder.Finalize(false);
     draco::Encoder encoder;
     draco::EncoderBuffer buffer;
