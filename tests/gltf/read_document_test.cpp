@@ -73,11 +73,12 @@ TEST(ReadDocument, FloatsBoolsAndStrings) {
     EXPECT_TRUE(d.materials[1].doubleSided);
 }
 
-TEST(ReadDocument, AttributeMapsKeepTheFirstOfANameInByteOrder) {
+TEST(ReadDocument, AttributeMapsKeepTheFirstOfANameAndExtrasOnlyTargetNames) {
     const GltfDocument d = ParseDocument(R"({"meshes":[{"primitives":[{
         "attributes":{"TEXCOORD_0":2,"POSITION":1,"POSITION":9,"NORMAL":3},
         "targets":[{"POSITION":4},{"NORMAL":5}],
-        "extensions":{"KHR_draco_mesh_compression":{"bufferView":6,"attributes":{"POSITION":0,"POSITION":1}}}}]}]})");
+        "extensions":{"KHR_draco_mesh_compression":{"bufferView":6,"attributes":{"POSITION":0,"POSITION":1}}}}],
+        "extras":{"targetNames":["a","b"],"other":1}}, {"extras":{}}, {}]})");
     const GltfPrimitive& p = d.meshes[0].primitives[0];
     ASSERT_EQ(p.attributes.size(), 3u);
     EXPECT_EQ(p.attributes.at("POSITION"), 1);
@@ -88,11 +89,6 @@ TEST(ReadDocument, AttributeMapsKeepTheFirstOfANameInByteOrder) {
     EXPECT_TRUE(p.dracoPresent);
     EXPECT_EQ(p.draco.bufferView, 6);
     EXPECT_EQ(p.draco.attributes.at("POSITION"), 0);
-}
-
-TEST(ReadDocument, MeshExtrasKeepOnlyTargetNames) {
-    const GltfDocument d = ParseDocument(R"({"meshes":[{"extras":{"targetNames":["a","b"],"other":1}},
-        {"extras":{}}, {}]})");
     ASSERT_TRUE(d.meshes[0].targetNames.has_value());
     EXPECT_EQ(*d.meshes[0].targetNames, (std::vector<std::string>{"a", "b"}));
     ASSERT_TRUE(d.meshes[1].targetNames.has_value());
