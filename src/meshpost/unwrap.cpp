@@ -26,7 +26,7 @@ void CollectWorldScales(const GraphNode* node, std::unordered_map<const Geometry
 }
 
 bool SuitableForUnwrap(const MeshInstance* mi) {
-    return mi && mi->primitiveType == 3 && mi->vertices && mi->vertices->texCoords[1].empty() && mi->indices;
+    return mi && mi->primitiveType == kPrimitiveTriangles && mi->vertices && mi->vertices->texCoords[1].empty() && mi->indices;
 }
 
 // Beyond any texture size a GPU takes, and far below the sizes at which xatlas's 32-bit
