@@ -13,5 +13,3 @@ struct ToolRun {
 
 // Arguments are passed as they are (no shell word splitting); cwd is the scratch folder.
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd);
-std::string ReadFileText(const std::string& path);
-std::string MakeScratchDir(const std::string& label);
