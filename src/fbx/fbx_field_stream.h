@@ -70,6 +70,11 @@ struct FbxFileHeaderInfo {
 };
 
 struct FbxFieldBlock;
+struct FbxByteView;
+struct FbxInflater;
+struct FbxInflaterDeleter {
+    void operator()(FbxInflater* inflater) const;
+};
 
 class FbxFieldStream {
 public:
@@ -109,7 +114,10 @@ public:
     // NodeId (or Param2a) of the open section; empty when it has neither.
     const std::string& SectionNodeId() const { return sectionNodeId_; }
 
-    // Fields of the current block.
+    // Fields of the current block. Names are listed in the order of their
+    // first appearance.
+    int FieldNameCount() const;
+    std::string FieldName(int index) const;
     int FieldCount(std::string_view name) const;
     bool BeginField(std::string_view name);
     bool BeginField(std::string_view name, int instance);
@@ -182,16 +190,24 @@ public:
     const FbxStatus& Status() const { return status_; }
 
 private:
-    struct Cursor;
+    // Array buffers handed out, kept for reuse when their block ends.
+    struct Scratch {
+        uint8_t* data;
+        uint64_t capacity;
+    };
     bool OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerInfo);
-    bool ReadHeaderExtension(FbxFileHeaderInfo& info);
-    void BuildSectionList();
+    bool ReadHeaderExtension(uint64_t& sectionStart, bool& found);
+    bool ReadHeaderFields();
+    void BuildSectionList(uint64_t mainStart);
     bool ReadTrailer(uint64_t limit, uint32_t& backOffset, uint32_t& sectionVersion) const;
-    bool ReadBlock(FbxFieldBlock& block);
+    FbxByteView View() const;
     FbxFieldBlock* Current() const;
     FbxFieldBlock* PushBlock();
+    void PopBlock();
     void FreeBlocks();
-    void SetCorrupted();
+    void ReleaseScratch(FbxFieldBlock& block);
+    // Payload of the value at the cursor, or null; advances the cursor.
+    const uint8_t* NextValue(uint8_t& code, uint64_t& room);
     template <typename T>
     const T* ReadArray(char code, size_t& count);
 
@@ -214,6 +230,8 @@ private:
     std::vector<std::unique_ptr<FbxFieldBlock>> blocks_;
     int depth_ = -1;
     bool mainRootCached_ = false;
+    std::vector<Scratch> freeScratch_;
+    std::unique_ptr<FbxInflater, FbxInflaterDeleter> inflater_;
 };
 
 // Opens a file the way the reader must: with binary type 1 first and, when that
