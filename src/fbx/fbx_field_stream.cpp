@@ -97,10 +97,8 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
     version_ = static_cast<int32_t>(headerVersion);
 
     // 3. Record layout gate: 7500 on has 64-bit words, 7400 and below 32-bit.
-    if ((binaryType_ == 0 && headerVersion >= 7500) || (binaryType_ == 1 && headerVersion <= 7400)) {
-        status_.SetCode(kFbxInvalidFile, Corrupted(fileName_));
-        return false;
-    }
+    // A refusal here is no fault of the file: it sets no status.
+    if ((binaryType_ == 0 && headerVersion >= 7500) || (binaryType_ == 1 && headerVersion <= 7400)) return false;
 
     // 4, 5. FBXHeaderExtension, when it is the first record.
     headerEnd_ = kHeaderSize;
@@ -109,10 +107,7 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
     if (!ReadHeaderExtension(sectionStart, extension)) return false;
     // Between 7400 and 7500 both layouts may apply; the one that finds the
     // header extension is the file's.
-    if (binaryType_ == 1 && headerVersion < 7500 && !extension) {
-        status_.SetCode(kFbxInvalidFile, Corrupted(fileName_));
-        return false;
-    }
+    if (binaryType_ == 1 && headerVersion < 7500 && !extension) return false;
     if (headerInfo) *headerInfo = header_;
     if (header_.fbxVersion != 0) version_ = header_.fbxVersion;
 
@@ -459,9 +454,13 @@ std::unique_ptr<FbxFieldStream> FbxOpenFieldStream(std::shared_ptr<const FbxFile
     if (stream->OpenStream(bytes, name, false, openMainSection, headerInfo)) return stream;
     // The first attempt leaves nothing behind: a new stream, a clean status.
     stream.reset();
+    const FbxStatus first = status;
     status.Clear();
     stream = std::make_unique<FbxFieldStream>(0, status);
     if (stream->OpenStream(std::move(bytes), name, false, openMainSection, headerInfo)) return stream;
+    // The second refused the layout without a fault of its own: the first
+    // attempt's finding (a version too high, a corrupt block) is the answer.
+    if (!status.Error()) status = first;
     return nullptr;
 }
 

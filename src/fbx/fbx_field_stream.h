@@ -85,7 +85,9 @@ public:
 
     // binaryType 1: 64-bit record words (files of version 7500 on);
     // 0: 32-bit words (7400 and below). The status record must outlive the
-    // stream; failures are reported there.
+    // stream; failures are reported there. An open refused because the file
+    // has the other layout returns false with the status untouched: open
+    // through FbxOpenFieldStream, which tries both.
     FbxFieldStream(int binaryType, FbxStatus& status);
     ~FbxFieldStream();
     FbxFieldStream(const FbxFieldStream&) = delete;
@@ -237,7 +239,8 @@ private:
 // Opens a file the way the reader must: with binary type 1 first and, when that
 // fails at the type gate or any later step of the open, with a fresh stream of
 // binary type 0 whose status starts clean. Null when both fail; status then
-// holds the second attempt's outcome. The file is read from disk once.
+// holds the second attempt's outcome, or the first's when the second only
+// refused the layout. The file is read from disk once.
 std::unique_ptr<FbxFieldStream> FbxOpenFieldStream(const std::string& path, FbxStatus& status,
                                                    bool openMainSection, FbxFileHeaderInfo* headerInfo);
 std::unique_ptr<FbxFieldStream> FbxOpenFieldStream(std::shared_ptr<const FbxFileBytes> bytes,
