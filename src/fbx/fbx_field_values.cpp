@@ -172,17 +172,14 @@ bool FbxFieldStream::ReadBool() {
 }
 
 std::string FbxFieldStream::ReadString() {
-    FbxFieldBlock* block = Current();
-    FbxFieldInstance* instance = block ? block->CurrentInstance() : nullptr;
     uint8_t code = 0;
     uint64_t room = 0;
     const uint8_t* p = NextValue(code, room);
     if (!p || code != 'S' || room < 4) return std::string();
     uint64_t length = FbxLoadU32(p, bigEndian_);
     if (length == 0) return std::string();
-    const uint64_t listLength = instance->listLength;
-    if (length > listLength) length = listLength >= 5 ? listLength - 4 : 0;
-    if (length > room - 4) length = room - 4;  // never past the value list
+    // A length beyond the value list is cut to what the list holds.
+    if (length > room - 4) length = room - 4;
     std::string_view text(reinterpret_cast<const char*>(p + 4), length);
     // "Name\0\x01Class" is an object's name: it reads as "Class::Name".
     const size_t mark = text.find(std::string_view("\0\x01", 2));
