@@ -60,12 +60,21 @@ void SwapElements(uint8_t* data, uint64_t count) {
     }
 }
 
+// Every value takes at least two bytes of its list, so a count beyond the
+// list's length is not true; it is bounded by the length, which keeps a
+// caller's loop over the values bounded by the file's size.
+uint64_t CredibleCount(const FbxFieldInstance& instance) {
+    return instance.valueCount < instance.listLength ? instance.valueCount : instance.listLength;
+}
+
+int ClampToInt(uint64_t value) { return value > INT32_MAX ? INT32_MAX : static_cast<int>(value); }
+
 }  // namespace
 
 const uint8_t* FbxFieldStream::NextValue(uint8_t& code, uint64_t& room) {
     FbxFieldBlock* block = Current();
     FbxFieldInstance* instance = block ? block->CurrentInstance() : nullptr;
-    if (!instance || instance->cursor >= instance->valueCount) return nullptr;
+    if (!instance || instance->cursor >= CredibleCount(*instance)) return nullptr;
     const uint64_t index = instance->cursor++;
     if (index >= instance->parsedCount) return nullptr;
     const uint64_t offset = block->PayloadOffset(*instance, index);
@@ -77,16 +86,15 @@ const uint8_t* FbxFieldStream::NextValue(uint8_t& code, uint64_t& room) {
 int FbxFieldStream::ValueCount() const {
     const FbxFieldBlock* block = Current();
     const FbxFieldInstance* instance = block ? block->CurrentInstance() : nullptr;
-    if (!instance) return 0;
-    return instance->valueCount > INT32_MAX ? INT32_MAX : static_cast<int>(instance->valueCount);
+    return instance ? ClampToInt(CredibleCount(*instance)) : 0;
 }
 
 int FbxFieldStream::ValuesLeft() const {
     const FbxFieldBlock* block = Current();
     const FbxFieldInstance* instance = block ? block->CurrentInstance() : nullptr;
     if (!instance) return 0;
-    const uint64_t left = instance->valueCount - instance->cursor;
-    return left > INT32_MAX ? INT32_MAX : static_cast<int>(left);
+    const uint64_t count = CredibleCount(*instance);
+    return instance->cursor < count ? ClampToInt(count - instance->cursor) : 0;
 }
 
 char FbxFieldStream::ValueCode() const {

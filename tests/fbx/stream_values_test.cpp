@@ -390,3 +390,18 @@ TEST(StreamFields, NameOf255BytesAndNamesCutAtNul) {
     EXPECT_EQ(stream->FieldCount(longName), 1);
     EXPECT_EQ(stream->FieldCount("Cut"), 1);
 }
+
+// A count no list could hold is bounded by the list's length (5 bytes here:
+// code and payload of one int), so loops over the values stay short.
+TEST(StreamValues, CountBeyondTheListIsBounded) {
+    Record record("V");
+    record.Int(7);
+    record.valueCount = 0xFFFFFFFFu;
+    FbxStatus status;
+    auto stream = Open(fbxwriter::Write({record}), status);
+    ASSERT_TRUE(stream && stream->BeginField("V"));
+    EXPECT_EQ(stream->ValueCount(), 5);
+    EXPECT_EQ(stream->ReadInt(), 7);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(stream->ReadInt(), 0);
+    EXPECT_EQ(stream->ValuesLeft(), 0);
+}
