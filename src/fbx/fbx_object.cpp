@@ -64,7 +64,10 @@ void FbxObject::Destroy(bool recursive) {
             for (const FbxProperty& s : o->RootProperty.Sources()) {
                 FbxObject* src = s.GetFbxObject();
                 if (!s.IsRoot() || !src || seen.count(src) || src->Is<FbxDocument>()) continue;
-                if (src->GetDstObjectCount() != 1) continue;
+                int holders = 0;
+                for (const FbxProperty& d : src->RootProperty.Destinations())
+                    if (d.GetFbxObject() && !d.GetFbxObject()->Is<FbxDocument>()) ++holders;
+                if (holders != 1) continue;
                 seen.insert(src);
                 order.push_back(src);
             }

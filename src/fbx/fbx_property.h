@@ -10,6 +10,7 @@
 
 #include "fbx/fbx_data_type.h"
 
+template <class T> struct FbxTypeOf;
 class FbxObject;
 class FbxPropertyTable;
 class FbxAnimLayer;
@@ -91,7 +92,7 @@ public:
     bool Get(void* out, EFbxType type) const;
     bool Set(const void* in, EFbxType type, bool checkValueEquality = true);
     template <class T> T Get() const;
-    template <class T> bool Set(const T& value, bool checkValueEquality = true);
+    template <class T, class = decltype(FbxTypeOf<T>::value)> bool Set(const T& value, bool checkValueEquality = true);
     // True once a value was set on the property itself rather than taken from its class
     // defaults or a template.
     bool IsValueSet() const;
@@ -171,7 +172,6 @@ private:
 };
 
 // Type codes for the typed Get/Set.
-template <class T> struct FbxTypeOf;
 template <> struct FbxTypeOf<bool> { static constexpr EFbxType value = eFbxBool; };
 template <> struct FbxTypeOf<int> { static constexpr EFbxType value = eFbxInt; };
 template <> struct FbxTypeOf<unsigned int> { static constexpr EFbxType value = eFbxUInt; };
@@ -192,7 +192,7 @@ template <class T> T FbxProperty::Get() const {
     return value;
 }
 
-template <class T> bool FbxProperty::Set(const T& value, bool checkValueEquality) {
+template <class T, class> bool FbxProperty::Set(const T& value, bool checkValueEquality) {
     return Set(&value, FbxTypeOf<T>::value, checkValueEquality);
 }
 
