@@ -10,13 +10,39 @@ using Wide = __int128;
 
 double Seconds(Wide ticks) { return double(ticks) / double(FbxTime::kTicksPerSecond); }
 
+// b - a as a double; the 128-bit conversion is a library call, so it is kept for the rare
+// difference that overflows 64 bits.
+double Difference(FbxLongLong a, FbxLongLong b) {
+    FbxLongLong difference;
+    if (!__builtin_sub_overflow(b, a, &difference)) return double(difference);
+    return double(Wide(b) - a);
+}
+
+double SecondsBetween(FbxLongLong a, FbxLongLong b) { return Difference(a, b) / double(FbxTime::kTicksPerSecond); }
+
 float Lerp(float a, float b, double t) { return float(a + (b - a) * t); }
 
-// Slope from key a to key b per second; keys that share a time give 0, not an infinity.
-float Slope(const FbxAnimKeyStore& s, int a, int b) {
-    const Wide dt = Wide(s.Key(b).time) - s.Key(a).time;
-    if (dt == 0) return 0.0f;
-    return float((s.Value(b) - s.Value(a)) / Seconds(dt));
+// A key with its attribute record, fetched once: the block lookup of the store is the
+// costliest part of a sample otherwise.
+struct KeyView {
+    FbxLongLong time;
+    float value;
+    const FbxAnimKeyAttr* attr;
+
+    uint32_t Flags() const { return attr->flags; }
+    float Word(int word) const { return FbxBitsToFloat(attr->data[word]); }
+};
+
+KeyView View(const FbxAnimKeyStore& s, int index) {
+    const FbxAnimKey& key = s.Key(index);
+    return {key.time, key.value, &s.AttrRecord(key.attr)};
+}
+
+// Slope from key a to a later key b per second; keys that share a time give 0, not an
+// infinity.
+float Slope(const KeyView& a, const KeyView& b) {
+    if (a.time == b.time) return 0.0f;
+    return float((b.value - a.value) / SecondsBetween(a.time, b.time));
 }
 
 enum class Interpolation { Constant, Linear, Cubic };
@@ -36,9 +62,10 @@ Interpolation InterpolationOf(uint32_t flags) {
 // own tension, continuity and bias (data words 0, 1, 2). An end key uses its one slope.
 float TcbTangent(const FbxAnimKeyStore& s, int i, bool incoming) {
     const int n = s.KeyCount();
-    const float tension = s.Word(i, 0), continuity = s.Word(i, 1), bias = s.Word(i, 2);
-    float in = i > 0 ? Slope(s, i - 1, i) : 0.0f;
-    float out = i + 1 < n ? Slope(s, i, i + 1) : 0.0f;
+    const KeyView key = View(s, i);
+    const float tension = key.Word(0), continuity = key.Word(1), bias = key.Word(2);
+    float in = i > 0 ? Slope(View(s, i - 1), key) : 0.0f;
+    float out = i + 1 < n ? Slope(key, View(s, i + 1)) : 0.0f;
     if (i == 0) in = out;
     if (i + 1 == n) out = in;
     const float a = (1 - tension) * (1 + bias) * (incoming ? 1 + continuity : 1 - continuity) / 2;
@@ -46,17 +73,26 @@ float TcbTangent(const FbxAnimKeyStore& s, int i, bool incoming) {
     return a * in + b * out;
 }
 
-// Slope of the cubic interval that starts at key `owner`: data word 0 at its start, word 1
-// at its end (key `tangentKey`). Auto tangents stored as time independent with a magnitude
-// below 0.01 stand for the interval's linear slope.
-float CubicSlope(const FbxAnimKeyStore& s, int owner, int word, int tangentKey, bool incoming) {
-    const uint32_t flags = s.Flags(owner);
+// Slope at one end of the interval from key i to key i + 1, by key i's flags: the right
+// derivative of key i (data word 0) or the left derivative of key i + 1 (word 1).
+float IntervalEndSlope(const FbxAnimKeyStore& s, int i, const KeyView& ki, const KeyView& kj, bool atEnd) {
+    const uint32_t flags = ki.Flags();
+    switch (InterpolationOf(flags)) {
+        case Interpolation::Constant:
+            return 0.0f;
+        case Interpolation::Linear:
+            return Slope(ki, kj);
+        case Interpolation::Cubic:
+            break;
+    }
     const uint32_t tangent = flags & kFbxTangentMask;
-    const float stored = s.Word(owner, word);
+    const float stored = ki.Word(atEnd ? 1 : 0);
     if (tangent & (kFbxTangentUser | kFbxTangentBreak)) return stored;
-    if (tangent & kFbxTangentTCB) return TcbTangent(s, tangentKey, incoming);
+    if (tangent & kFbxTangentTCB) return atEnd ? TcbTangent(s, i + 1, true) : TcbTangent(s, i, false);
+    // Auto tangents stored as time independent with a magnitude below 0.01 stand for the
+    // interval's linear slope.
     if ((tangent & kFbxTangentAuto) && (flags & kFbxTangentTimeIndependent) && std::fabs(stored) < 0.01f) {
-        return Slope(s, owner, owner + 1);
+        return Slope(ki, kj);
     }
     return stored;
 }
@@ -107,10 +143,10 @@ double SolveBezierTime(double t, double x1, double x2) {
 // The value (and its derivative per second) of the interval that starts at key i at the
 // fraction u; keys i and i + 1 have different times.
 float IntervalValue(const FbxAnimKeyStore& s, int i, double u, float* derivative) {
-    const int j = i + 1;
-    const uint32_t flags = s.Flags(i);
-    const float vi = s.Value(i), vj = s.Value(j);
-    const double d = Seconds(Wide(s.Key(j).time) - s.Key(i).time);
+    const KeyView ki = View(s, i), kj = View(s, i + 1);
+    const uint32_t flags = ki.Flags();
+    const float vi = ki.value, vj = kj.value;
+    const double d = SecondsBetween(ki.time, kj.time);
     switch (InterpolationOf(flags)) {
         case Interpolation::Constant:
             if (derivative) *derivative = 0.0f;
@@ -121,8 +157,8 @@ float IntervalValue(const FbxAnimKeyStore& s, int i, double u, float* derivative
         case Interpolation::Cubic:
             break;
     }
-    const float r = KeyRightDerivative(s, i);
-    const float l = KeyLeftDerivative(s, j);
+    const float r = IntervalEndSlope(s, i, ki, kj, false);
+    const float l = IntervalEndSlope(s, i, ki, kj, true);
     float slope = 0.0f;
     if ((flags & kFbxWeightedMask) == 0) {
         const Bezier value{vi, float(vi + r * d / 3), float(vj - l * d / 3), vj};
@@ -130,7 +166,7 @@ float IntervalValue(const FbxAnimKeyStore& s, int i, double u, float* derivative
         if (derivative) *derivative = float(slope / d);
         return result;
     }
-    const uint32_t weights = s.Attr(i).data[2];
+    const uint32_t weights = ki.attr->data[2];
     const float wr = Weight(flags, kFbxWeightedRight, weights);
     const float wl = Weight(flags, kFbxWeightedNextLeft, weights >> 16);
     const Bezier value{vi, float(vi + r * d * wr), float(vj - l * d * wl), vj};
@@ -224,18 +260,26 @@ Placement Place(const FbxAnimKeyStore& s, FbxLongLong time) {
     return p;
 }
 
-// Fractional key index of a time within the keys, walking from `cache`, which receives the
-// interval's first key.
-double Locate(const FbxAnimKeyStore& s, FbxLongLong time, int& cache) {
+// Fractional key index x of a time within the keys, walking from `cache`, which receives
+// the interval's first key; with its floor and ceiling, which x's own rounding can move.
+struct Location {
+    double x;
+    int floor, ceiling;
+};
+
+Location Locate(const FbxAnimKeyStore& s, FbxLongLong time, int& cache) {
     const int n = s.KeyCount();
     int i = std::clamp(cache, 0, n - 2);
     while (i > 0 && time < s.Key(i).time) --i;
     while (i < n - 2 && time >= s.Key(i + 1).time) ++i;
     cache = i;
     const FbxLongLong ti = s.Key(i).time, tj = s.Key(i + 1).time;
-    if (time >= tj) return double(i + 1);
-    if (time <= ti) return double(i);
-    return double(i) + double(Wide(time) - ti) / double(Wide(tj) - ti);
+    if (time >= tj) return {double(i + 1), i + 1, i + 1};
+    if (time <= ti) return {double(i), i, i};
+    // x lies in [i, i + 1]; the sum can round up to i + 1 itself.
+    const double x = double(i) + Difference(ti, time) / Difference(ti, tj);
+    if (x >= double(i + 1)) return {x, i + 1, i + 1};
+    return {x, i, x > double(i) ? i + 1 : i};
 }
 
 enum class Side { Value, Left, Right };
@@ -247,9 +291,10 @@ float Evaluate(const FbxAnimKeyStore& s, FbxTime time, int* lastIndex, Side side
 
     const Placement p = Place(s, time.Get());
     if (p.fixed) return side == Side::Value ? p.value : p.derivative;
-    const double x = Locate(s, p.time, lastIndex ? *lastIndex : s.lastSearchIndex);
+    const Location at = Locate(s, p.time, lastIndex ? *lastIndex : s.lastSearchIndex);
+    const double x = at.x;
     if (!(x >= 0.0 && x <= double(n - 1))) return 0.0f;
-    const int i = int(std::floor(x)), j = int(std::ceil(x));
+    const int i = at.floor, j = at.ceiling;
 
     if (side == Side::Value) {
         float value = i == j ? s.Value(i) : IntervalValue(s, i, x - i, nullptr);
@@ -271,28 +316,12 @@ float Evaluate(const FbxAnimKeyStore& s, FbxTime time, int* lastIndex, Side side
 
 float KeyRightDerivative(const FbxAnimKeyStore& s, int index) {
     if (index < 0 || index >= s.KeyCount() - 1) return 0.0f;
-    switch (InterpolationOf(s.Flags(index))) {
-        case Interpolation::Constant:
-            return 0.0f;
-        case Interpolation::Linear:
-            return Slope(s, index, index + 1);
-        case Interpolation::Cubic:
-            break;
-    }
-    return CubicSlope(s, index, 0, index, false);
+    return IntervalEndSlope(s, index, View(s, index), View(s, index + 1), false);
 }
 
 float KeyLeftDerivative(const FbxAnimKeyStore& s, int index) {
     if (index <= 0 || index >= s.KeyCount()) return 0.0f;
-    switch (InterpolationOf(s.Flags(index - 1))) {
-        case Interpolation::Constant:
-            return 0.0f;
-        case Interpolation::Linear:
-            return Slope(s, index - 1, index);
-        case Interpolation::Cubic:
-            break;
-    }
-    return CubicSlope(s, index - 1, 1, index, true);
+    return IntervalEndSlope(s, index - 1, View(s, index - 1), View(s, index), true);
 }
 
 float EvaluateCurve(const FbxAnimKeyStore& store, FbxTime time, int* lastIndex) {

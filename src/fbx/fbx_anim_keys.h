@@ -83,6 +83,7 @@ public:
     // Index must be in 0 to KeyCount() - 1.
     const FbxAnimKey& Key(int index) const { return blocks_[size_t(index) / kBlockKeys]->keys[size_t(index) % kBlockKeys]; }
     const FbxAnimKeyAttr& Attr(int index) const { return attrs_[Key(index).attr]; }
+    const FbxAnimKeyAttr& AttrRecord(uint32_t attr) const { return attrs_[attr]; }
     FbxTime Time(int index) const { return FbxTime(Key(index).time); }
     float Value(int index) const { return Key(index).value; }
     uint32_t Flags(int index) const { return Attr(index).flags; }
