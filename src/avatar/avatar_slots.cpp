@@ -66,12 +66,6 @@ constexpr std::array<std::string_view, 5> kNoseRings = {
 };
 }  // namespace
 
-const SlotGroup* FindSlotGroup(const GroupNodes& groups, std::string_view name) {
-    for (const SlotGroup& group : groups)
-        if (group.name == name) return &group;
-    return nullptr;
-}
-
 GraphNode* FindOrCreateChild(Scene& scene, const NewNodeId& newId, NodesByName& nodesByName,
                              GraphNode* parent, const std::string& name) {
     for (GraphNode* child : parent->children)

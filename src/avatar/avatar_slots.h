@@ -27,9 +27,6 @@ struct SlotGroup {
 // Groups in the order they were first filled, which fixes the order of the weight tracks.
 using GroupNodes = std::vector<SlotGroup>;
 
-// The group of that name, or null.
-const SlotGroup* FindSlotGroup(const GroupNodes& groups, std::string_view name);
-
 // The child of parent with that exact name, as it stands; or a new last child carrying a
 // placeholder geometry, entered in nodesByName.
 GraphNode* FindOrCreateChild(Scene& scene, const NewNodeId& newId, NodesByName& nodesByName,
