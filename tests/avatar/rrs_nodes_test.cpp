@@ -72,6 +72,13 @@ TEST(RrsNodesTest, LoadsFromTheExecutableFolderAndReportsTheFirstFault) {
         EXPECT_EQ(Sorted(sets.inheritRrsNodes), row.inherit);
     }
 
+    // The file the build puts beside the tool loads cleanly.
+    fs::copy_file(VURL_SOURCE_RRS_NODES, file, fs::copy_options::overwrite_existing);
+    RrsNodeSets shipped;
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(LoadRrsNodes(shipped));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+
     // A folder in the file's place cannot be read either, and a conversion cannot go on.
     fs::remove(file);
     fs::create_directory(file);
