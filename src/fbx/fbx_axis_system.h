@@ -11,10 +11,10 @@ class FbxScene;
 class FbxAxisSystem {
 public:
     // Signed: a negative value points along the negative axis.
-    enum EUpVector { eXAxis = 1, eYAxis = 2, eZAxis = 3 };
+    enum EUpVector : int { eXAxis = 1, eYAxis = 2, eZAxis = 3 };
     // Of the two axes that are not up, in increasing order: even takes the first, odd the second.
-    enum EFrontVector { eParityEven = 1, eParityOdd = 2 };
-    enum ECoordSystem { eRightHanded = 0, eLeftHanded = 1 };
+    enum EFrontVector : int { eParityEven = 1, eParityOdd = 2 };
+    enum ECoordSystem : int { eRightHanded = 0, eLeftHanded = 1 };
 
     // Y up, front along +z, side along +x: the scene default.
     FbxAxisSystem() = default;
