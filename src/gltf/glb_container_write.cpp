@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <fstream>
 
+#include "scene/console.h"
+
 namespace {
 void PutU32(std::ostream& out, uint32_t value) {
     char bytes[4] = {char(value & 0xFF), char((value >> 8) & 0xFF), char((value >> 16) & 0xFF),
@@ -15,8 +17,7 @@ void PutU32(std::ostream& out, uint32_t value) {
 void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuilder& builder) {
     // All three lengths are 32-bit; refuse up front rather than write a corrupt file.
     if (builder.data.size() > UINT32_MAX - 64) {
-        std::fprintf(stderr, "ERROR: %s: %zu bytes of binary data do not fit in a GLB file\n", path.c_str(),
-                     builder.data.size());
+        ConsoleError("%s: %zu bytes of binary data do not fit in a GLB file", path.c_str(), builder.data.size());
         return;
     }
 
@@ -48,7 +49,7 @@ void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuild
     if (out && total > UINT32_MAX) {
         out.close();
         std::remove(path.c_str());
-        std::fprintf(stderr, "ERROR: %s: the GLB would be larger than 4 GiB\n", path.c_str());
+        ConsoleError("%s: the GLB would be larger than 4 GiB", path.c_str());
         return;
     }
     out.seekp(8);

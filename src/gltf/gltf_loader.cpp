@@ -1,6 +1,5 @@
 #include "gltf/gltf_loader.h"
 
-#include <iostream>
 #include <exception>
 #include <new>
 
@@ -8,6 +7,7 @@
 #include "gltf/gltf_document_read.h"
 #include "gltf/gltf_images.h"
 #include "gltf/gltf_import.h"
+#include "scene/console.h"
 
 Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*/) {
     GltfContext context;
@@ -26,13 +26,13 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
         return scene;
     } catch (const GltfError& error) {
         delete scene;
-        std::cerr << "ERROR: '" << fileName << "': " << error.what() << std::endl;
+        ConsoleError("'%s': %s", fileName.c_str(), error.what());
     } catch (const std::bad_alloc&) {
         delete scene;
-        std::cerr << "ERROR: '" << fileName << "': not enough memory to load the file" << std::endl;
+        ConsoleError("'%s': not enough memory to load the file", fileName.c_str());
     } catch (const std::exception& error) {
         delete scene;
-        std::cerr << "ERROR: '" << fileName << "': " << error.what() << std::endl;
+        ConsoleError("'%s': %s", fileName.c_str(), error.what());
     }
     return nullptr;
 }
