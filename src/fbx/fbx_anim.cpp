@@ -70,27 +70,6 @@ int FbxAnimCurve::KeyAdd(FbxTime time, int* lastIndex) {
     return index;
 }
 
-void FbxAnimCurve::KeySet(int index, FbxTime time, float value, int interpolation, int tangentMode, float rightSlope,
-                          float nextLeftSlope) {
-    if (!Valid(index)) return;
-    if (keys_.Key(index).time != time.Get()) {
-        // Keep the key's attribute words across the move.
-        const FbxAnimKeyAttr attr = keys_.Attr(index);
-        keys_.KeyRemove(index);
-        index = keys_.KeyAdd(time);
-        FbxAnimKeyAttr& moved = keys_.MutableAttr(index);
-        const int32_t refCount = moved.refCount;
-        moved = attr;
-        moved.refCount = refCount;
-    }
-    keys_.SetValue(index, value);
-    FbxAnimKeyAttr& attr = keys_.MutableAttr(index);
-    attr.flags = (attr.flags & ~uint32_t(kFbxInterpolationMask | kFbxTangentMask)) |
-                 (uint32_t(interpolation) & kFbxInterpolationMask) | (uint32_t(tangentMode) & kFbxTangentMask);
-    attr.data[0] = FbxFloatToBits(rightSlope);
-    attr.data[1] = FbxFloatToBits(nextLeftSlope);
-}
-
 void FbxAnimCurve::KeySetValue(int index, float value) {
     if (Valid(index)) keys_.SetValue(index, value);
 }

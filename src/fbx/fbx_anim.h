@@ -85,10 +85,6 @@ public:
     // The index of a new key at the time (cubic, auto tangents with slopes 0), or of the
     // key already there.
     int KeyAdd(FbxTime time, int* lastIndex = nullptr);
-    // Sets a key's time (moving the key into its place), value, interpolation, tangent
-    // mode and slopes: the right slope of the key and the left slope of the next one.
-    void KeySet(int index, FbxTime time, float value, int interpolation = kFbxInterpolationCubic,
-                int tangentMode = kFbxTangentAuto, float rightSlope = 0.0f, float nextLeftSlope = 0.0f);
     void KeySetValue(int index, float value);
     void KeySetInterpolation(int index, int interpolation);
     void KeySetTangentMode(int index, int tangentMode);

@@ -137,19 +137,4 @@ TEST_F(FbxAnimObjects, ShapeChannelCurvesAreFoundOrMadeOnTheLayer) {
     }
 }
 
-TEST_F(FbxAnimObjects, KeySetMovesAKeyIntoItsPlace) {
-    FbxAnimCurve* curve = node->LclTranslation.GetCurve(base, "Lcl Translation", "X", true);
-    for (int k = 0; k < 3; ++k) curve->KeySet(curve->KeyAdd(FbxTime(k * 10)), FbxTime(k * 10), float(k), kFbxInterpolationLinear);
-    // Key 0 moves behind key 2 and becomes constant: times 10, 20, 30.
-    curve->KeySet(0, FbxTime(30), 5.0f, kFbxInterpolationConstant);
-    ASSERT_EQ(curve->KeyGetCount(), 3);
-    EXPECT_EQ(curve->KeyGetTime(2).Get(), 30);
-    EXPECT_EQ(curve->KeyGetValue(2), 5.0f);
-    EXPECT_EQ(curve->KeyGetInterpolation(2), int(kFbxInterpolationConstant));
-    EXPECT_EQ(curve->KeyGetInterpolation(0), int(kFbxInterpolationLinear));
-    // Linear from 1 at 10 to 2 at 20.
-    EXPECT_EQ(curve->Evaluate(FbxTime(15)), 1.5f);
-    EXPECT_EQ(curve->KeyGetInterpolation(7), int(kFbxInterpolationCubic));
-}
-
 }  // namespace

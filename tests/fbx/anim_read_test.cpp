@@ -210,26 +210,4 @@ TEST(FbxAnimRead, DoubleValuesDefaultAndExtrapolation) {
     EXPECT_EQ(EvaluateCurve(empty.store, FbxTime(kSecond)), -4.0f);
 }
 
-TEST(FbxAnimRead, ManyCompressedKeysFillSeveralBlocks) {
-    const int n = 100;
-    std::vector<int64_t> times;
-    std::vector<float> values;
-    for (int k = 0; k < n; ++k) {
-        times.push_back(k * kOldSecond);
-        values.push_back(float(k));
-    }
-    const ReadResult r = ReadCurve({
-        Field("KeyTime", Value::LongArray(times, 1)),
-        Field("KeyValueFloat", Value::FloatArray(values, 1)),
-        Field("KeyAttrFlags", Value::IntArray({0x4})),
-        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0})),
-        Field("KeyAttrRefCount", Value::IntArray({n})),
-    });
-    ASSERT_TRUE(r.ok);
-    ASSERT_EQ(r.store.KeyCount(), n);
-    EXPECT_EQ(r.store.Key(99).time, 99 * kSecond);
-    // Linear from 42 to 43 at the block seam.
-    EXPECT_EQ(EvaluateCurve(r.store, FbxTime(42 * kSecond + kSecond / 2)), 42.5f);
-}
-
 }  // namespace
