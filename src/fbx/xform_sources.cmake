@@ -1,6 +1,5 @@
 # Sources of node transforms, axis and unit conversion and the geometry clean-up.
 set(VURL_FBX_XFORM_SOURCES
-  fbx_time.cpp
   fbx_matrix.cpp
   fbx_transform.cpp
   fbx_node_eval.cpp
