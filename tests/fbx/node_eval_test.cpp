@@ -212,3 +212,110 @@ TEST_F(NodeEvalTest, PivotSetsFollowTheProperties) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
+    struct Case {
+        const char* what;
+        void (*setUp)(FbxNode&);
+        FbxVector4 t, r;  // Lcl Translation and Rotation afterwards
+        Rows3 rows;       // the global 3x3 part, the same before and after
+        FbxVector4 pre;   // PreRotation afterwards
+    };
+    const Rows3 rz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
+    const double h = std::sqrt(0.5);
+    const Case cases[] = {
+        // The pivot term Rp + Rz(90) (-Rp) = (1, 0, 0) + (0, -1, 0) moves into T.
+        {"rotation pivot",
+         [](FbxNode& n) {
+             n.RotationPivot.Set(FbxDouble3{1, 0, 0});
+             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+         },
+         {1, -1, 0}, {0, 0, 90}, rz90, {0, 0, 0}},
+        // (1 - S) Sp = (-1, 0, 0).
+        {"scaling pivot",
+         [](FbxNode& n) {
+             n.ScalingPivot.Set(FbxDouble3{1, 0, 0});
+             n.LclScaling.Set(FbxDouble3{2, 2, 2});
+         },
+         {-1, 0, 0}, {0, 0, 0}, {{{2, 0, 0}, {0, 2, 0}, {0, 0, 2}}}, {0, 0, 0}},
+        // Rx(90) Rz(90) has rows (0, 0, 1), (-1, 0, 0), (0, -1, 0); in gimbal lock GetR gives
+        // rx = atan2(-m21, m11) = 90, ry = atan2(-m02, 0) = -90.
+        {"pre-rotation",
+         [](FbxNode& n) {
+             n.RotationActive.Set(true);
+             n.PreRotation.Set(FbxDouble3{90, 0, 0});
+             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+         },
+         {0, 0, 0}, {90, -90, 0}, {{{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}}, {0, 0, 0}},
+        // Without RotationActive the pre-rotation never counted: the rotation stays.
+        {"ignored pre-rotation",
+         [](FbxNode& n) {
+             n.PreRotation.Set(FbxDouble3{90, 0, 0});
+             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+         },
+         {0, 0, 0}, {0, 0, 90}, rz90, {0, 0, 0}},
+        // Pre-rotation for the limits only: it stays, and still doesn't count.
+        {"limit space",
+         [](FbxNode& n) {
+             n.RotationActive.Set(true);
+             n.RotationSpaceForLimitOnly.Set(true);
+             n.PreRotation.Set(FbxDouble3{90, 0, 0});
+             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+         },
+         {0, 0, 0}, {0, 0, 90}, rz90, {90, 0, 0}},
+        // Order ZYX (90, 90, 0) has rows (0, 1, 0), (0, 0, 1), (1, 0, 0); as XYZ: h = 1,
+        // rx = atan2(m12, m22) = 90, ry = atan2(-m02, h) = 0, rz = atan2(m01, m00) = 90.
+        {"rotation order",
+         [](FbxNode& n) {
+             n.RotationActive.Set(true);
+             n.RotationOrder.Set(5);
+             n.LclRotation.Set(FbxDouble3{90, 90, 0});
+         },
+         {0, 0, 0}, {90, 0, 90}, {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}}, {0, 0, 0}},
+        // Sets that agree leave the node alone, limits included: the evaluation still
+        // clamps 90 to 45.
+        {"agreeing sets",
+         [](FbxNode& n) {
+             n.RotationActive.Set(true);
+             n.RotationMaxZ.Set(true);
+             n.RotationMax.Set(FbxDouble3{0, 0, 45});
+             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+             n.PreRotation.Set(FbxDouble3{0, 0, 1e-7});  // within 1e-6: the sets agree
+         },
+         {0, 0, 0}, {0, 0, 90}, {{{h, h, 0}, {-h, h, 0}, {0, 0, 1}}}, {0, 0, 0}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        FbxNode* node = Child(scene->GetRootNode(), c.what);
+        c.setUp(*node);
+        scene->GetRootNode()->ResetPivotSetAndConvertAnimation(30.0, false, true, false);
+        ExpectVectorNear(FbxVector4(node->LclTranslation.Get()), c.t[0], c.t[1], c.t[2], 1e-12);
+        ExpectVectorNear(FbxVector4(node->LclRotation.Get()), c.r[0], c.r[1], c.r[2], 1e-9);
+        ExpectVectorNear(FbxVector4(node->PreRotation.Get()), c.pre[0], c.pre[1], c.pre[2], 0);
+        EXPECT_TRUE(FbxVector4(node->RotationPivot.Get()).IsZero3());
+        EXPECT_TRUE(FbxVector4(node->ScalingPivot.Get()).IsZero3());
+        EXPECT_TRUE(node->GetRotationPivot(FbxNode::eSourcePivot).IsZero3());
+        EXPECT_EQ(node->RotationOrder.Get(), 0);
+        const FbxAMatrix& g = node->EvaluateGlobalTransform();
+        ExpectRowsNear(g, c.rows, 1e-12);
+        ExpectVectorNear(g.GetT(), c.t[0], c.t[1], c.t[2], 1e-12);
+        scene->GetRootNode()->RemoveChild(node);
+    }
+}
+
+TEST_F(NodeEvalTest, PivotResetFoldsLimits) {
+    FbxNode* node = Child(scene->GetRootNode(), "limited");
+    node->RotationActive.Set(true);
+    node->RotationMaxZ.Set(true);
+    node->RotationMax.Set(FbxDouble3{0, 0, 45});
+    node->LclRotation.Set(FbxDouble3{0, 0, 90});
+    node->RotationPivot.Set(FbxDouble3{0, 0, 5});  // on the z axis: no translation
+    scene->GetRootNode()->ResetPivotSetAndConvertAnimation(30.0, false, true, false);
+    ExpectVectorNear(FbxVector4(node->LclRotation.Get()), 0, 0, 45, 1e-9);
+    ExpectVectorNear(FbxVector4(node->LclTranslation.Get()), 0, 0, 0, 1e-12);
+    EXPECT_FALSE(node->RotationActive.Get());
+}
+
+}  // namespace
