@@ -41,7 +41,9 @@ struct CurveConvertTest : ::testing::Test {
         FbxAnimCurve* curve = property.GetCurve(layer, property.GetName(), channel, true);
         for (const Key& k : keys) {
             const int i = curve->KeyAdd(FbxTime(k.time));
-            curve->KeySet(i, FbxTime(k.time), k.value, interpolation, kFbxTangentUser, 0.0f, 0.0f);
+            curve->KeySetValue(i, k.value);
+            curve->KeySetInterpolation(i, interpolation);
+            curve->KeySetTangentMode(i, kFbxTangentUser);
         }
         return curve;
     }
