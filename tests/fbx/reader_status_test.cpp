@@ -47,6 +47,27 @@ TEST(ImporterStatusTest, RefusalsCarryCodeAndText) {
     }
 }
 
+TEST(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
+    // Models are read in file order; the second one's block holds a record that claims
+    // to end far past the file. The first stays, the loop stops, and the status makes
+    // the import fail unless the check is relaxed.
+    FileParts parts;
+    parts.objects.Child(Object("Model", 1, "First", "Model", "Null"));
+    Record broken = Object("Model", 2, "Broken", "Model", "Null");
+    broken.Add("Version").Int(232).endOffset = 1u << 30;
+    parts.objects.Child(broken);
+    parts.objects.Child(Object("Model", 3, "Third", "Model", "Null"));
+    for (bool relaxed : {false, true}) {
+        auto file = Import(parts, [relaxed](FbxIOSettings& s) { s.SetBoolProp(Option("RelaxedFbxCheck").c_str(), relaxed); });
+        EXPECT_EQ(file->ok, relaxed);
+        EXPECT_EQ(file->Status().GetCode(), kFbxInvalidFile);
+        EXPECT_EQ(file->Status().GetErrorString(), "File is corrupted: 'fixture.fbx'");
+        EXPECT_NE(file->Find("First"), nullptr);
+        EXPECT_EQ(file->Find("Broken"), nullptr);
+        EXPECT_EQ(file->Find("Third"), nullptr);
+    }
+}
+
 TEST(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
     FbxManager* manager = FbxManager::Create();
     FbxImporter* importer = FbxImporter::Create(manager, "");
