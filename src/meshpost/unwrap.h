@@ -22,7 +22,8 @@ struct AtlasSize {
 };
 
 // One atlas for all instances of one geometry. Leaves every instance as it is when any of
-// them is unsuitable (not indexed triangles with vertex data, or texture set 1 in use).
+// them is unsuitable (not indexed triangles with vertex data, no positions or no indices,
+// or texture set 1 in use).
 AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worldScale, float texelsPerMeter);
 
 // Replaces the instance's vertex data and indices by the seam-split vertices of the xatlas

@@ -204,6 +204,14 @@ TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
         delete mi.vertices;
         mi.vertices = nullptr;
     });
+    // Accessors without a buffer view decode as empty lists: such an instance never reaches
+    // xatlas, whichever of the two is empty.
+    expectUntouched([](MeshInstance& mi) {
+        mi.vertices->positions.clear();
+        mi.indices->clear();
+    });
+    expectUntouched([](MeshInstance& mi) { mi.vertices->positions.clear(); });
+    expectUntouched([](MeshInstance& mi) { mi.indices->clear(); });
 }
 
 TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {
