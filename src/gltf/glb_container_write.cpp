@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 
 namespace {
@@ -12,13 +13,22 @@ void PutU32(std::ostream& out, uint32_t value) {
 }
 }  // namespace
 
+bool GlbLengthsFit(uint64_t jsonLength, uint64_t binaryLength) {
+    auto padded = [](uint64_t length) { return (length + 3) & ~uint64_t(3); };
+    return 12 + 8 + padded(jsonLength) + 8 + padded(binaryLength) <= UINT32_MAX;
+}
+
+void RefuseGlb(const std::string& path, const std::string& problem) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "ERROR: Cannot write '%s': %s\n", path.c_str(), problem.c_str());
+    std::exit(1);
+}
+
 void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuilder& builder) {
-    // All three lengths are 32-bit; refuse up front rather than write a corrupt file.
-    if (builder.data.size() > UINT32_MAX - 64) {
-        std::fprintf(stderr, "ERROR: %s: %zu bytes of binary data do not fit in a GLB file\n", path.c_str(),
-                     builder.data.size());
-        return;
-    }
+    // Lengths would wrap: refuse before the file is touched when the binary data alone shows it.
+    if (!GlbLengthsFit(0, builder.data.size()))
+        RefuseGlb(path, std::to_string(builder.data.size()) +
+                            " bytes of binary data do not fit the 32-bit lengths of a GLB file");
 
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write("glTF", 4);
@@ -45,11 +55,11 @@ void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuild
     }
 
     uint64_t total = static_cast<uint64_t>(static_cast<std::streamoff>(out.tellp()));
-    if (out && total > UINT32_MAX) {
+    if (out && !GlbLengthsFit(jsonLength, binaryLength)) {
         out.close();
         std::remove(path.c_str());
-        std::fprintf(stderr, "ERROR: %s: the GLB would be larger than 4 GiB\n", path.c_str());
-        return;
+        RefuseGlb(path, "the file would be " + std::to_string(total) +
+                            " bytes, more than the 32-bit lengths of a GLB file can hold");
     }
     out.seekp(8);
     PutU32(out, static_cast<uint32_t>(total));

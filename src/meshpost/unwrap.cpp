@@ -187,6 +187,7 @@ std::unordered_map<const Geometry*, float> GeometryWorldScales(const GraphNode* 
 }
 
 AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worldScale, float texelsPerMeter) {
+    UseRunEndingAllocator();
     std::unique_ptr<xatlas::Atlas, AtlasDeleter> atlas(xatlas::Create());
 
     for (const MeshInstance* mi : instances) {
