@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fstream>
-#include <iostream>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -20,9 +19,10 @@
 
 namespace {
 
-int Fail(const char* message) {
-    std::cerr << message << "\n\n";
-    std::cerr.flush();
+// An option error: the report, a blank line, then the options on standard output.
+int Fail(const std::string& message) {
+    ConsoleError("%s", message.c_str());
+    ConsoleErrorText("\n");
     PrintHelp();
     return 1;
 }
@@ -55,11 +55,10 @@ int RunVurl(const Args& args) {
     std::string meshCompress = "none";
     std::string animationNaming = "combine";
 
-    if (!HasOption(args, "--input", "-i")) return Fail("ERROR: No input file specified.");
+    if (!HasOption(args, "--input", "-i")) return Fail("No input file specified.");
     GetStringOption(inputFile, args, "--input", "-i");
     if (!InputReadable(inputFile)) {
-        std::string message = "ERROR: Input file '" + inputFile + "' does not exist.";
-        return Fail(message.c_str());
+        return Fail("Input file '" + inputFile + "' does not exist.");
     }
 
     if (HasOption(args, "--output", "-o")) {
@@ -75,7 +74,7 @@ int RunVurl(const Args& args) {
     if (names.modelFile.empty() && names.animationFile.empty() && names.materialsFile.empty() &&
         names.metadataFile.empty() && names.sceneMetadataFile.empty())
         return Fail(
-            "ERROR: No output filenames specified. Specify -m (to output a model), -a (to output an animation) or "
+            "No output filenames specified. Specify -m (to output a model), -a (to output an animation) or "
             "both.");
 
     if (HasOption(args, "--curve-tolerance", "-t")) {
@@ -99,12 +98,12 @@ int RunVurl(const Args& args) {
 
     if (animationNaming.empty()) animationNaming = "combine";
     else if (animationNaming != "combine" && animationNaming != "numbered" && animationNaming != "take")
-        return Fail("ERROR: animation-naming must be one of: combine, numbered, take.");
+        return Fail("animation-naming must be one of: combine, numbered, take.");
 
     GetStringOption(meshCompress, args, "--mesh-compress", "-C");
     if (meshCompress.empty()) meshCompress = "none";
     else if (meshCompress != "none" && meshCompress != "draco")
-        return Fail("ERROR: mesh-compress must be one of: none, draco.");
+        return Fail("mesh-compress must be one of: none, draco.");
 
     DracoOptions& draco = options.draco;
     GetIntOption(draco.encodeSpeed, args, "--draco-encode-speed", "");
@@ -122,7 +121,6 @@ int RunVurl(const Args& args) {
     SetRunInput(inputFile);
     try {
         ConsolePrint("Loading scene...\n");
-        std::fflush(stdout);  // progress stays ahead of any message a loader prints to standard error
         SetRunStage("loading the scene");
         std::unique_ptr<Scene> scene(LoadScene(registry, inputFile, options));
         if (!scene) {

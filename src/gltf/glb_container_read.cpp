@@ -1,8 +1,9 @@
 #include "gltf/glb_container_read.h"
 
 #include <filesystem>
-#include <iostream>
 #include <memory>
+
+#include "scene/console.h"
 
 namespace {
 
@@ -44,11 +45,11 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
     std::unique_ptr<std::FILE, FileCloser> holder(folder ? nullptr : std::fopen(path.c_str(), "r"));
     std::FILE* file = holder.get();
     if (!file) {
-        std::cerr << "error: unable to open file '" << path << "' for reading";
+        ConsoleErrorText("error: unable to open file '%s' for reading", path.c_str());
         return false;
     }
     if (std::fseek(file, 0, SEEK_END) != 0) {
-        std::cerr << "error: unable to open file '" << path << "' for reading";
+        ConsoleErrorText("error: unable to open file '%s' for reading", path.c_str());
         return false;
     }
     const long fileSizeSigned = std::ftell(file);
@@ -63,12 +64,12 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
     } else {
         uint32_t version = 0;
         if (!ReadWord(file, version) || version != 2) {
-            std::cerr << "invalid glb version encountered (" << version << ")" << std::endl;
+            ConsoleErrorText("invalid glb version encountered (%u)\n", unsigned(version));
             return false;
         }
         uint32_t length = 0;
         if (!ReadWord(file, length) || length != fileSize) {
-            std::cerr << "invalid glb length encountered (" << length << ")" << std::endl;
+            ConsoleErrorText("invalid glb length encountered (%u)\n", unsigned(length));
             return false;
         }
         uint32_t chunkLength = 0;
@@ -81,20 +82,20 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
             if (chunks.size() < 2) chunks.push_back({uint32_t(position), chunkLength, type});
             const uint64_t padded = (uint64_t(chunkLength) + 3) & ~uint64_t(3);
             if (std::fseek(file, long(padded), SEEK_CUR) != 0) {
-                std::cerr << "invalid glb chunks encountered" << std::endl;
+                ConsoleErrorText("invalid glb chunks encountered\n");
                 return false;
             }
         }
         if (chunks.empty()) {
-            std::cerr << "invalid glb chunks encountered" << std::endl;
+            ConsoleErrorText("invalid glb chunks encountered\n");
             return false;
         }
         if (chunks[0].type != kJsonChunk) {
-            std::cerr << "invalid glb first chunk type encountered" << std::endl;
+            ConsoleErrorText("invalid glb first chunk type encountered\n");
             return false;
         }
         if (chunks.size() >= 2 && chunks[1].type != kBinChunk) {
-            std::cerr << "invalid glb second chunk type encountered" << std::endl;
+            ConsoleErrorText("invalid glb second chunk type encountered\n");
             return false;
         }
     }
@@ -113,8 +114,8 @@ bool ReadGlbContainer(const std::string& path, GltfContext& context) {
     // A chunk that claims more bytes than the file holds would only yield zeros; refuse it
     // rather than allocate for it.
     if (uint64_t(chunks[1].offset) + chunks[1].length > fileSize) {
-        std::cerr << "ERROR: '" << path << "': the binary chunk (" << chunks[1].length
-                  << " bytes) extends past the end of the file" << std::endl;
+        ConsoleError("'%s': the binary chunk (%u bytes) extends past the end of the file", path.c_str(),
+                     unsigned(chunks[1].length));
         return false;
     }
     context.binaryChunk.resize(chunks[1].length);

@@ -2,8 +2,9 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
+
+#include "scene/console.h"
 
 namespace {
 void PutU32(std::ostream& out, uint32_t value) {
@@ -19,9 +20,7 @@ bool GlbLengthsFit(uint64_t jsonLength, uint64_t binaryLength) {
 }
 
 void RefuseGlb(const std::string& path, const std::string& problem) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "ERROR: Cannot write '%s': %s\n", path.c_str(), problem.c_str());
-    std::exit(1);
+    EndRun("Cannot write '%s': %s", path.c_str(), problem.c_str());
 }
 
 void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuilder& builder) {

@@ -5,8 +5,11 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <sstream>
 #include <unordered_map>
 #include <unordered_set>
+
+#include "scene/console.h"
 
 namespace {
 
@@ -125,8 +128,10 @@ bool ExtractEmbeddedImages(GltfContext& context) {
         std::FILE* f = std::fopen(file.c_str(), "wb");
         if (!f) {
             const int openError = errno;  // before the stream calls below can change it
-            std::cerr << "error: failed to open file='" << file << "' for writing err=" << std::strerror(openError)
-                      << std::endl;
+            std::ostringstream quoted;  // a path streams in quotes, with its quotes and backslashes escaped
+            quoted << file;
+            ConsoleErrorText("error: failed to open file='%s' for writing err=%s\n", quoted.str().c_str(),
+                             std::strerror(openError));
             continue;
         }
         if (data[i].size) std::fwrite(data[i].data, 1, data[i].size, f);

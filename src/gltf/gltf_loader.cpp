@@ -1,7 +1,5 @@
 #include "gltf/gltf_loader.h"
 
-#include <cstdio>
-#include <iostream>
 #include <exception>
 #include <new>
 
@@ -10,6 +8,7 @@
 #include "gltf/gltf_document_read.h"
 #include "gltf/gltf_images.h"
 #include "gltf/gltf_import.h"
+#include "scene/console.h"
 #include "scene/memory_budget.h"
 
 Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*/) {
@@ -26,8 +25,7 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
         // morph targets): what cannot fit in memory is refused before any of it is decoded.
         const std::string shortfall = MemoryShortfall(EstimateDecodedBytes(context), AvailableMemoryBytes());
         if (!shortfall.empty()) {
-            std::fflush(stdout);
-            std::cerr << "ERROR: '" << fileName << "': decoding the file " << shortfall << std::endl;
+            ConsoleError("'%s': decoding the file %s", fileName.c_str(), shortfall.c_str());
             return nullptr;
         }
         std::vector<std::unique_ptr<Animation>> animations;
@@ -37,14 +35,14 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
         return scene;
     } catch (const GltfError& error) {
         delete scene;
-        std::cerr << "ERROR: '" << fileName << "': " << error.what() << std::endl;
+        ConsoleError("'%s': %s", fileName.c_str(), error.what());
     } catch (const std::bad_alloc&) {
         // The run ends with the report of its stage (the driver's).
         delete scene;
         throw;
     } catch (const std::exception& error) {
         delete scene;
-        std::cerr << "ERROR: '" << fileName << "': " << error.what() << std::endl;
+        ConsoleError("'%s': %s", fileName.c_str(), error.what());
     }
     return nullptr;
 }

@@ -11,6 +11,7 @@
 
 #include "meshpost/meshpost.h"
 #include "meshpost/xatlas_adapter.h"
+#include "scene/console.h"
 
 namespace {
 
@@ -197,7 +198,7 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
         const std::vector<float>& uv0 = vd.texCoords[0];
 
         if (const char* why = UnfitForAtlas(vd.positions, vertexCount, *mi->indices, worldScale * texelsPerMeter)) {
-            std::fprintf(stderr, "UV unwrapping skipped for a mesh of %u vertices at %g texels per unit: %s\n",
+            ConsoleErrorText("UV unwrapping skipped for a mesh of %u vertices at %g texels per unit: %s\n",
                          vertexCount, double(worldScale * texelsPerMeter), why);
             return {};
         }
@@ -221,7 +222,7 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
 
         const auto err = xatlas::AddMesh(atlas.get(), decl, 0);
         if (err != xatlas::AddMeshError::Success) {
-            std::fprintf(stderr, "failed to add the xatlas mesh err=%d\n", int(err));
+            ConsoleErrorText("failed to add the xatlas mesh err=%d\n", int(err));
             return {};
         }
     }

@@ -1,8 +1,8 @@
 #include "runtimejson/output_file.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
+
+#include "scene/console.h"
 
 bool WriteJsonDocument(const std::string& path, const JsonValue& document, const JsonFormat& format) {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -13,7 +13,5 @@ bool WriteJsonDocument(const std::string& path, const JsonValue& document, const
 }
 
 void RefuseToWrite(const std::string& path, const std::string& problem) {
-    std::fflush(stdout);
-    std::fprintf(stderr, "ERROR: Cannot write '%s': %s\n", path.c_str(), problem.c_str());
-    std::exit(1);
+    EndRun("Cannot write '%s': %s", path.c_str(), problem.c_str());
 }

@@ -5,12 +5,16 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
+
+#include "scene/console.h"
 
 namespace {
 // Written by the driver's thread between stages only, so other threads of a stage read them
 // without a lock.
 std::string runInput;
 std::string runStage = "starting";
+std::thread::id runThread;
 }  // namespace
 
 uint64_t AvailableMemoryBytes() {
@@ -25,16 +29,23 @@ uint64_t AvailableMemoryBytes() {
 
 std::string MemoryShortfall(uint64_t estimate, uint64_t available) {
     if (estimate <= available) return {};
-    return "would take " + std::to_string(estimate) + " bytes of memory, more than the " +
-           std::to_string(available) + " bytes available";
+    return "would take " + std::to_string(estimate) + " bytes of memory, more than the " + std::to_string(available) +
+           " bytes available";
 }
 
-void SetRunInput(const std::string& input) { runInput = input; }
+void SetRunInput(const std::string& input) {
+    runInput = input;
+    runThread = std::this_thread::get_id();
+}
+
 void SetRunStage(const std::string& stage) { runStage = stage; }
 
 void EndRunOutOfMemory() {
-    std::fflush(stdout);
-    std::fprintf(stderr, "ERROR: '%s': not enough memory while %s\n", runInput.c_str(), runStage.c_str());
+    if (std::this_thread::get_id() == runThread)
+        EndRun("'%s': not enough memory while %s", runInput.c_str(), runStage.c_str());
+    // On a library's worker thread the driver's thread is still running the stage: the process
+    // ends here, without the destructors that would pull objects from under it.
+    ConsoleError("'%s': not enough memory while %s", runInput.c_str(), runStage.c_str());
     std::fflush(stderr);
     std::_Exit(1);
 }

@@ -17,7 +17,7 @@ std::string MemoryShortfall(uint64_t estimate, uint64_t available);
 void SetRunInput(const std::string& input);
 void SetRunStage(const std::string& stage);
 
-// Flushes standard output, prints "ERROR: '<input>': not enough memory while <stage>" on standard
-// error and ends the process with exit code 1. Callable from any thread, a library's worker
-// thread included: it allocates nothing and runs no destructors.
+// Reports "ERROR: '<input>': not enough memory while <stage>" after the progress so far and ends
+// the run with exit code 1. Allocates nothing, so it works with memory exhausted; callable from
+// a library's worker thread too, where the process ends without running destructors.
 [[noreturn]] void EndRunOutOfMemory();
