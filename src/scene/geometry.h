@@ -79,5 +79,5 @@ struct MeshInstance {
 };
 
 struct Geometry : BaseObject {
-    std::vector<MeshInstance*> meshInstances;  // not owned: instances live to the end of the run
+    std::vector<MeshInstance*> meshInstances;  // owned by the scene (Scene::Own), not by the geometry
 };

@@ -84,9 +84,9 @@ int main(int argc, char** argv) {
     const double megabytes = argc > 2 ? std::atof(argv[2]) : 100.0;
     const auto version = static_cast<uint32_t>(argc > 3 ? std::atoi(argv[3]) : 7500);
     // Measured per unit of this generator: a joint with 9 curves of 1200 keys
-    // writes about 62 KB, a mesh of 60,000 vertices about 2.3 MB.
-    const auto joints = static_cast<int>(megabytes * 0.5 * 1e6 / 62000.0) + 1;
-    const auto meshes = static_cast<int>(megabytes * 0.5 * 1e6 / 2.3e6) + 1;
+    // writes about 50 KB, a mesh of 60,000 vertices about 1.8 MB.
+    const auto joints = static_cast<int>(megabytes * 0.5 * 1e6 / 49600.0) + 1;
+    const auto meshes = static_cast<int>(megabytes * 0.5 * 1e6 / 1.84e6) + 1;
 
     Noise noise;
     std::vector<Record> top;
