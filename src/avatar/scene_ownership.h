@@ -1,12 +1,19 @@
 // Hands records made by the avatar assembly to the scene that frees them.
 // Private to the avatar library.
-//
-// TEMPORARY: stands in for the scene's per-type ownership pools until they exist. Until
-// then the scene frees a placeholder geometry through its owned list and finds mesh
-// records and morph targets by walking what it owns.
 #pragma once
+
+#include <memory>
+#include <vector>
 
 #include "scene/scene.h"
 
-inline void OwnPlaceholder(Scene& scene, Geometry* geometry) { scene.ownedGeometries.push_back(geometry); }
-inline void OwnPlaceholder(Scene&, MorphTarget*) {}
+// The geometry takes its mesh records along: the scene frees each of them once.
+inline void OwnPlaceholder(Scene& scene, Geometry* geometry) {
+    for (MeshInstance* instance : geometry->meshInstances) {
+        scene.Own(std::unique_ptr<VertexData>(instance->vertices));
+        scene.Own(std::unique_ptr<std::vector<uint32_t>>(instance->indices));
+        scene.Own(std::unique_ptr<MeshInstance>(instance));
+    }
+    scene.Own(std::unique_ptr<Geometry>(geometry));
+}
+inline void OwnPlaceholder(Scene& scene, MorphTarget* target) { scene.Own(std::unique_ptr<MorphTarget>(target)); }
