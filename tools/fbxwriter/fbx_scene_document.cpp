@@ -278,9 +278,9 @@ int64_t SceneDocument::AddCurve(int64_t curveNode, std::string_view channel, con
     return id;
 }
 
-std::vector<Record> SceneDocument::Records() const {
+std::vector<Record> SceneDocument::Records(int32_t fileVersion) const {
     std::vector<Record> records;
-    records.push_back(HeaderExtension(1003, 7400));
+    records.push_back(HeaderExtension(1003, fileVersion));
 
     Record& global = records.emplace_back("GlobalSettings");
     global.Add("Version").Int(1000);
@@ -329,6 +329,8 @@ std::vector<Record> SceneDocument::Records() const {
     return records;
 }
 
-std::vector<uint8_t> SceneDocument::Bytes(const Options& options) const { return Write(Records(), options); }
+std::vector<uint8_t> SceneDocument::Bytes(const Options& options) const {
+    return Write(Records(static_cast<int32_t>(options.version)), options);
+}
 
 }  // namespace fbxwriter

@@ -72,8 +72,9 @@ public:
     int64_t AnimateNumber(int64_t layer, int64_t object, std::string_view property, double channelValue,
                           const std::vector<Key>& keys, Interpolation interpolation = Interpolation::Linear);
 
-    // The records of the file, in the order an authoring tool writes them.
-    std::vector<Record> Records() const;
+    // The records of the file, in the order an authoring tool writes them; the header
+    // extension names fileVersion.
+    std::vector<Record> Records(int32_t fileVersion = 7400) const;
     std::vector<uint8_t> Bytes(const Options& options = {}) const;
 
 private:
