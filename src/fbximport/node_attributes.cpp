@@ -1,3 +1,5 @@
+#include <memory>
+
 #include "fbx/fbx_node.h"
 #include "fbximport/fbx_scene_conversion.h"
 
@@ -23,8 +25,7 @@ void ConvertCamera(Scene& scene, GraphNode* target, FbxNode* node) {
     if (!target || !attribute || !attribute->Is<FbxCamera>()) return;
     const auto& source = static_cast<const FbxCamera&>(*attribute);
 
-    auto* camera = new Camera;
-    scene.ownedCameras.push_back(camera);
+    Camera* camera = scene.Own(std::make_unique<Camera>());
     camera->nearClip = static_cast<float>(source.GetNearPlane());
     camera->farClip = static_cast<float>(source.GetFarPlane());
     camera->projection = source.CameraProjectionType.Get() == FbxCamera::eOrthogonal ? 1 : 0;
@@ -39,8 +40,7 @@ void ConvertLight(Scene& scene, GraphNode* target, FbxNode* node) {
     if (!target || !attribute || !attribute->Is<FbxLight>()) return;
     const auto& source = static_cast<const FbxLight&>(*attribute);
 
-    auto* light = new Light;
-    scene.ownedLights.push_back(light);
+    Light* light = scene.Own(std::make_unique<Light>());
     // FBX numbers point 0, directional 1, spot 2; the runtime directional 0, point 1, spot 2.
     if (!source.LightType.IsValid()) {
         light->type = 1;
