@@ -46,7 +46,7 @@ while IFS= read -r -d '' file; do
     reason="exit code $code"
   elif grep -qE 'ERROR: (AddressSanitizer|LeakSanitizer)|runtime error:' "$out/stderr"; then
     reason="sanitizer report"
-  elif [ "$code" -eq 1 ] && ! grep -q "Failed to load scene." "$out/stdout"; then
+  elif [ "$code" -eq 1 ] && ! grep -q "Failed to load scene." "$out/stdout" && ! grep -q "^ERROR: " "$out/stderr"; then
     reason="exit 1 without a refusal message"
   elif [ "$code" -ne 0 ] && [[ "$file" == */glb/valid/* ]]; then
     reason="a valid file was refused: $(head -c 300 "$out/stderr")"
