@@ -67,8 +67,10 @@ void RemoveRedundant(Channel& channel, float tolerance) {
         }
         ++kept;
     }
-    values[kept] = std::move(values[count - 1]);
-    times[kept] = times[count - 1];
+    if (kept != count - 1) {
+        values[kept] = std::move(values[count - 1]);
+        times[kept] = times[count - 1];
+    }
     ++kept;
     values.resize(kept);
     times.resize(kept);

@@ -240,6 +240,16 @@ TEST(RedundantWeights, RowsAreComparedOverTheShorterLength) {
     EXPECT_EQ(channel.times, (std::vector<float>{0.0f, 2.0f}));
 }
 
+TEST(RedundantWeights, KeptRowsKeepTheirValues) {
+    WeightsChannel channel;
+    channel.interpolation = 1;
+    channel.times = {0.0f, 1.0f, 2.0f, 3.0f};
+    channel.values = {{0.0f, 1.0f}, {5.0f, 1.0f}, {5.0f, 1.0f}, {0.0f, 1.0f}};
+    RemoveRedundantKeys(channel, 1e-5f);
+    EXPECT_EQ(channel.times, (std::vector<float>{0.0f, 1.0f, 2.0f, 3.0f}));
+    EXPECT_EQ(channel.values, (std::vector<std::vector<float>>{{0.0f, 1.0f}, {5.0f, 1.0f}, {5.0f, 1.0f}, {0.0f, 1.0f}}));
+}
+
 TEST(Ranges, EmptyRangeStartsAtTheLargestFloatAndEndsAtTheSmallestNormal) {
     TimeRange range;
     EXPECT_EQ(range.start, 3.4028235e38f);
