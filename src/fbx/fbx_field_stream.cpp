@@ -474,7 +474,11 @@ std::unique_ptr<FbxFieldStream> FbxOpenFieldStream(std::shared_ptr<const FbxFile
                                                    bool openMainSection, FbxFileHeaderInfo* headerInfo) {
     status.Clear();
     auto stream = std::make_unique<FbxFieldStream>(1, status);
-    if (stream->OpenStream(bytes, name, false, openMainSection, headerInfo)) return stream;
+    FbxFileHeaderInfo firstInfo;
+    if (stream->OpenStream(bytes, name, false, openMainSection, headerInfo ? &firstInfo : nullptr)) {
+        if (headerInfo) *headerInfo = firstInfo;
+        return stream;
+    }
     // The first attempt leaves nothing behind: a new stream, a clean status.
     stream.reset();
     const FbxStatus first = status;
@@ -482,8 +486,12 @@ std::unique_ptr<FbxFieldStream> FbxOpenFieldStream(std::shared_ptr<const FbxFile
     stream = std::make_unique<FbxFieldStream>(0, status);
     if (stream->OpenStream(std::move(bytes), name, false, openMainSection, headerInfo)) return stream;
     // The second refused the layout without a fault of its own: the first
-    // attempt's finding (a version too high, a corrupt block) is the answer.
-    if (!status.Error()) status = first;
+    // attempt's finding (a version too high, a corrupt block) is the answer, with
+    // what it read of the header (the version a caller reports).
+    if (!status.Error()) {
+        status = first;
+        if (headerInfo) *headerInfo = firstInfo;
+    }
     return nullptr;
 }
 

@@ -99,7 +99,11 @@ bool FbxImporter::Open(std::shared_ptr<const FbxFileBytes> bytes) {
         stream_ = FbxOpenFieldStream(bytes, fileName_, status_, false, &headerInfo_);
     else
         stream_ = FbxOpenFieldStream(fileName_, status_, false, &headerInfo_);
-    if (!stream_) return false;
+    if (!stream_) {
+        // A file refused for its version still tells that version, for the caller's message.
+        fileVersion_ = headerInfo_.fbxVersion;
+        return false;
+    }
     isFbx_ = true;
     fileVersion_ = stream_->FileVersion();
     if (fileVersion_ / 1000 >= 8) {
