@@ -32,6 +32,10 @@ size_t ElementSize(char code) {
 
 bool FitsInt32(int64_t v) { return v >= std::numeric_limits<int32_t>::min() && v <= std::numeric_limits<int32_t>::max(); }
 
+// An integer as written fits 32 bits; values beyond the signed 64-bit range
+// hold their bits in i, so the written value is judged by d.
+bool WrittenFitsInt32(const FbxAsciiNumber& n) { return n.d >= -2147483648.0 && n.d <= 2147483647.0; }
+
 // A real as a 64-bit integer, truncated, when it has one.
 bool RealToInt(double d, int64_t& out) {
     if (!std::isfinite(d) || d <= -9223372036854775808.0 || d >= 9223372036854775808.0) return false;
@@ -45,6 +49,13 @@ bool AsInt(const FbxAsciiNumber& n, int64_t& out) {
         return true;
     }
     return RealToInt(n.d, out);
+}
+
+// The number's integer part when the written value lies in [low, high].
+bool AsIntIn(const FbxAsciiNumber& n, int64_t low, int64_t high, int64_t& out) {
+    if (!AsInt(n, out)) return false;
+    const double written = n.integer ? n.d : static_cast<double>(out);
+    return written >= static_cast<double>(low) && written <= static_cast<double>(high);
 }
 
 int Base64Digit(char c) {
@@ -134,8 +145,10 @@ private:
     size_t faultOffset_ = 0;
     std::string decoded_;       // the current string with its escapes undone
     std::string propertyType_;  // second string of a P record
-    std::string raw_;           // strings of a raw value, joined
-    std::string rawBytes_;
+    std::string raw_;           // strings of a raw value, joined as written
+    std::string rawBytes_;      // the same strings decoded from base64, while they all are
+    std::string piece_;
+    bool base64_ = true;
     bool hasRaw_ = false;
     FbxAsciiToken rawToken_;
     std::vector<FbxAsciiNumber> numbers_;  // elements of arrays whose code depends on them
@@ -202,7 +215,9 @@ bool Transcoder::Record(const FbxAsciiToken& name) {
 bool Transcoder::Values(const FbxAsciiRecordRule& rule, uint64_t& count) {
     bool expectValue = true;  // behind the name or a comma; empty values are skipped
     hasRaw_ = false;
+    base64_ = true;
     raw_.clear();
+    rawBytes_.clear();
     propertyType_.clear();
     for (;;) {
         const FbxAsciiToken& next = lexer_.Peek();
@@ -218,8 +233,15 @@ bool Transcoder::Values(const FbxAsciiRecordRule& rule, uint64_t& count) {
         expectValue = false;
         if (token.kind == Kind::String) {
             if (rule.kind == FbxAsciiRecordKind::Raw) {
+                // Writers split long base64 data over several strings, each padded
+                // on its own: each piece is decoded by itself.
                 FbxDecodeAsciiString(token.text, decoded_);
                 raw_ += decoded_;
+                if (base64_ && DecodeBase64(decoded_, piece_)) {
+                    rawBytes_ += piece_;
+                } else {
+                    base64_ = false;
+                }
                 if (!hasRaw_) rawToken_ = token;
                 hasRaw_ = true;
                 continue;
@@ -262,8 +284,8 @@ bool Transcoder::String(const FbxAsciiToken& token) {
 }
 
 bool Transcoder::RawValue(const FbxAsciiToken& token) {
-    // Writers put embedded data as base64, often split over several strings.
-    const std::string& bytes = DecodeBase64(raw_, rawBytes_) ? rawBytes_ : raw_;
+    // Embedded media are base64; other raw values may stand as written.
+    const std::string& bytes = base64_ ? rawBytes_ : raw_;
     if (bytes.size() > std::numeric_limits<uint32_t>::max()) return Fail(FbxAsciiFault::TooLarge, token);
     PutByte('R');
     PutU32(static_cast<uint32_t>(bytes.size()));
@@ -284,7 +306,7 @@ char Transcoder::ScalarCode(const FbxAsciiRecordRule& rule, uint64_t index, cons
     default: break;
     }
     if (!n.integer) return 'D';
-    return FitsInt32(n.i) ? 'I' : 'L';
+    return WrittenFitsInt32(n) ? 'I' : 'L';
 }
 
 bool Transcoder::Word(const FbxAsciiRecordRule& rule, uint64_t index, const FbxAsciiToken& word) {
@@ -334,17 +356,17 @@ bool Transcoder::StoreElement(char code, const FbxAsciiNumber& n, uint8_t* at) {
         std::memcpy(at, &whole, 8);
         return true;
     case 'i': {
-        if (!AsInt(n, whole) || !FitsInt32(whole)) return false;
+        if (!AsIntIn(n, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max(), whole)) return false;
         const auto v = static_cast<int32_t>(whole);
         std::memcpy(at, &v, 4);
         return true;
     }
     case 'b':
-        if (!AsInt(n, whole) || whole < 0 || whole > 255) return false;
+        if (!AsIntIn(n, 0, 255, whole)) return false;
         *at = static_cast<uint8_t>(whole);
         return true;
     default:  // 'c'
-        if (!AsInt(n, whole) || whole < -128 || whole > 255) return false;
+        if (!AsIntIn(n, -128, 255, whole)) return false;
         *at = static_cast<uint8_t>(whole);
         return true;
     }
@@ -394,7 +416,7 @@ bool Transcoder::Array(const FbxAsciiRecordRule& rule, const FbxAsciiToken& star
     const bool reals = std::any_of(numbers_.begin(), numbers_.end(), [](const FbxAsciiNumber& n) { return !n.integer; });
     if (code == 0) {
         code = reals ? 'd' : std::all_of(numbers_.begin(), numbers_.end(),
-                                         [](const FbxAsciiNumber& n) { return FitsInt32(n.i); })
+                                         [](const FbxAsciiNumber& n) { return WrittenFitsInt32(n); })
                                  ? 'i'
                                  : 'l';
     }
