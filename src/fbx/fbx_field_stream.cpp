@@ -80,12 +80,8 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
                                                std::memcmp(data, kMagicAutodesk, 21) == 0);
     uint32_t headerVersion = 0;
     if (!magic) {
-        const auto* text = reinterpret_cast<const char*>(data);
-        const void* newline = std::memchr(text, '\n', size);
-        std::string_view line(text, newline ? static_cast<size_t>(static_cast<const char*>(newline) - text) : size);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         int32_t version = 0;
-        if (!FbxScanAsciiVersionLine(line, version)) {
+        if (!FbxScanAsciiVersion(data, size, version)) {
             status_.SetCode(kFbxFailure, Corrupted(fileName_));
             return false;
         }

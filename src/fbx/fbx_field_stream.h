@@ -1,10 +1,11 @@
-// Binary FBX files as a tree of named fields. The reader walks it by name:
+// FBX files as a tree of named fields. The reader walks it by name:
 // begin the field "Objects", begin its block, begin a field "Model", read a
 // string, end the field. It never sees a byte offset.
 //
 // The whole file is held in memory once (FbxFileBytes); value lists are read
 // in place from it, nested blocks are parsed only when a caller descends into
-// them, and arrays are inflated on demand.
+// them, and arrays are inflated on demand. A text file is read once into the
+// binary record layout at open and then served the same way.
 #pragma once
 
 #include <cstddef>

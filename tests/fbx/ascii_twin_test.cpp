@@ -206,6 +206,25 @@ TEST(AsciiTwin, SameImportedDocumentAsBinary) {
     ExpectSameLines(fromText, fromBinary);
 }
 
+TEST(AsciiTwin, TextContentIsTakenUnderAnotherName) {
+    // As with the binary magic, a file whose first line is the version line is FBX
+    // whatever its name says.
+    const std::string dir = MakeScratchDir("ascii_name");
+    const std::string text = fbxwriter::WriteAscii(Records(7400), 7400);
+    ASSERT_TRUE(fbxwriter::SaveFile(dir + "/scene.dae", std::vector<uint8_t>(text.begin(), text.end())));
+    ASSERT_TRUE(fbxwriter::SaveFile(dir + "/other.dae", std::vector<uint8_t>(text.begin() + 1, text.end())));
+    FbxManager* manager = FbxManager::Create();
+    FbxImporter* importer = FbxImporter::Create(manager, "");
+    EXPECT_TRUE(importer->Initialize((dir + "/scene.dae").c_str()));
+    EXPECT_TRUE(importer->IsFBX());
+    EXPECT_TRUE(importer->Import(FbxScene::Create(manager, "")));
+    // Without its ';' the first line is no version line.
+    EXPECT_FALSE(importer->Initialize((dir + "/other.dae").c_str()));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "Unexpected file type");
+    manager->Destroy();
+    std::filesystem::remove_all(dir);
+}
+
 std::map<std::string, std::string> OutputFiles(const std::string& dir) {
     std::map<std::string, std::string> files;
     for (const auto& entry : std::filesystem::directory_iterator(dir)) {
