@@ -1,0 +1,18 @@
+#include "fbx/fbx_misc_objects.h"
+
+FBX_OBJECT_IMPLEMENT(FbxContainer, FbxObject, "Container", "")
+FBX_OBJECT_IMPLEMENT(FbxGenericNode, FbxObject, "GenericNode", "")
+FBX_OBJECT_IMPLEMENT(FbxConstraint, FbxObject, "Constraint", "")
+FBX_OBJECT_IMPLEMENT(FbxControlSetPlug, FbxObject, "ControlSetPlug", "")
+FBX_OBJECT_IMPLEMENT(FbxCache, FbxObject, "Cache", "")
+FBX_OBJECT_IMPLEMENT(FbxImplementation, FbxObject, "Implementation", "")
+FBX_OBJECT_IMPLEMENT(FbxBindingTable, FbxObject, "BindingTable", "")
+FBX_OBJECT_IMPLEMENT(FbxBindingOperator, FbxObject, "BindingOperator", "")
+FBX_OBJECT_IMPLEMENT(FbxSelectionNode, FbxObject, "SelectionNode", "")
+FBX_OBJECT_IMPLEMENT(FbxSelectionSet, FbxCollection, "Collection", "SelectionSet")
+FBX_OBJECT_IMPLEMENT(FbxObjectMetaData, FbxObject, "ObjectMetaData", "")
+FBX_OBJECT_IMPLEMENT(FbxAudioLayer, FbxCollection, "AudioLayer", "")
+FBX_OBJECT_IMPLEMENT(FbxAudio, FbxObject, "Audio", "")
+FBX_OBJECT_IMPLEMENT(FbxSceneReference, FbxObject, "SceneReference", "")
+FBX_OBJECT_IMPLEMENT(FbxCharacterPose, FbxObject, "Pose", "CharacterPose")
+FBX_OBJECT_IMPLEMENT(FbxIOBase, FbxObject, "", "")
