@@ -3,6 +3,8 @@ BUILD      ?= build
 ASAN_BUILD ?= build-asan
 JOBS       ?= $(shell nproc)
 CORPUS     ?= ../shared/corpus
+# ON makes every warning of our own code an error (the CI run sets it).
+WERROR     ?= OFF
 
 .PHONY: all deps configure build test demo asan asan-build corpus bench clean
 
@@ -12,7 +14,7 @@ deps:
 	@bash scripts/setup-deps.sh
 
 configure: deps
-	@cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+	@cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DVURL_WERROR=$(WERROR) >/dev/null
 
 build: configure
 	@cmake --build $(BUILD) -j $(JOBS)
@@ -20,11 +22,14 @@ build: configure
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 
-demo: build
+# Only the tool and the sample writers the demo runs; `make test` builds the rest.
+demo: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target vurl vurl_make_sample_glb vurl_make_sample_fbx
 	@bash scripts/demo.sh $(BUILD)/bin/vurl
 
 asan-build: deps
-	@cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVURL_SANITIZE=ON -DVURL_BUILD_BENCH=OFF >/dev/null
+	@cmake -S . -B $(ASAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVURL_SANITIZE=ON -DVURL_BUILD_BENCH=OFF \
+	  -DVURL_WERROR=$(WERROR) >/dev/null
 	@cmake --build $(ASAN_BUILD) -j $(JOBS)
 
 asan: asan-build

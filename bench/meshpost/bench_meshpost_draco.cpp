@@ -160,7 +160,7 @@ int main(int argc, char** argv) {
     std::printf("input %s\n", path.c_str());
     std::printf("load %.2f s (peak %ld KiB)\n", loadSeconds, rssAfterLoad);
     std::printf("draco: %zu of %zu instances, %zu faces, %.2f s (cpu %.2f s), %.1f MB of scene data to %.1f MB\n",
-                compressed, instances, faces, compressSeconds, compressCpu, plainBytes / 1e6, dracoBytes / 1e6);
+                compressed, instances, faces, compressSeconds, compressCpu, double(plainBytes) / 1e6, double(dracoBytes) / 1e6);
     std::printf("peak memory %ld KiB\n", PeakRssKiB());
     delete scene;
     return 0;

@@ -280,8 +280,9 @@ uint32_t FbxPropertyTable::Add(uint32_t parent, const char* name, const FbxDataT
             addedRootIndex_->emplace(name, id);
         } else if (addedRootChildren_ >= kIndexedChildren) {
             addedRootIndex_ = std::make_unique<std::unordered_map<std::string, uint32_t>>();
-            uint32_t last = prototype_ ? prototype_->lastRootChild : FbxPropertyRecord::None;
-            uint32_t first = last == FbxPropertyRecord::None ? Read(0).firstChild : Read(last).nextSibling;
+            const uint32_t prototypeLast = prototype_ ? prototype_->lastRootChild : FbxPropertyRecord::None;
+            const uint32_t first =
+                prototypeLast == FbxPropertyRecord::None ? Read(0).firstChild : Read(prototypeLast).nextSibling;
             for (uint32_t c = first; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
                 addedRootIndex_->emplace(Read(c).name, c);
         }

@@ -203,7 +203,7 @@ INSTANTIATE_TEST_SUITE_P(
         // The cubic scale is written as its default at every key of the JSON file.
         OptionCase{"combined", {"-s", "1", "-e", "2", "-k", "0.5", "-b", "true", "-t", "50"}, "anim_combined.json.txt",
                    2, "CUBICSPLINE", 27, {0, 0.5f, 1}, {1, 0.75f, 0.5f}}),
-    [](const testing::TestParamInfo<OptionCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<OptionCase>& row) { return std::string(row.param.label); });
 
 TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
     const testsupport::ScratchFolder folder("anim-channels");

@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(
                     RangeCase{"end_beyond_keys", 0, 5, 0, true, 3, {0, 1, 2, 3}},
                     RangeCase{"start_after_keys", 4, -1, 0, false, 0, {}},
                     RangeCase{"end_before_keys", 0, -0.5f, 0, false, 0, {}}),
-    [](const testing::TestParamInfo<RangeCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<RangeCase>& row) { return std::string(row.param.label); });
 
 TEST(ExtractAnimations, KeysAtOrBeforeZeroEndJustAboveZero) {
     Extraction x;
@@ -233,7 +233,7 @@ INSTANTIATE_TEST_SUITE_P(
         ThinningCase{"z3", 0, 0, 3, {0, 1, 2, 3}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}},
         ThinningCase{"t5", 5, 5, 5, {0, 3}, {0, 2}, {0, 2}, {0, 2}},
         ThinningCase{"t5_y1", 5, 1, 5, {0, 3}, {0, 2}, {0, 1, 2}, {0, 2}}),
-    [](const testing::TestParamInfo<ThinningCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<ThinningCase>& row) { return std::string(row.param.label); });
 
 TEST(ExtractAnimations, ASecondTakeOfAKnownNameIsReportedAndDropped) {
     Extraction x;

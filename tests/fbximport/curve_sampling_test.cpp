@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(
         IntervalCase{"instant", 0.5f, 2.5f, 2.5f, {0.0f}, {5.0f}},
         // The range lies after the keys: nothing is left to sample.
         IntervalCase{"clipped_away", 0.5f, 4.0f, 5.0f, {}, {}}),
-    [](const testing::TestParamInfo<IntervalCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<IntervalCase>& row) { return std::string(row.param.label); });
 
 TEST_F(SampleTest, NaNFallsBackToTheDefaultComponent) {
     FbxAnimCurve* y = Animate(node->LclTranslation, layer, "Y", {{0.0, 7.0f}, {1.0, 7.0f}});
@@ -177,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(
                     // largest value starts (an empty list gives constant).
                     InterpolationCase{"no_word", true, {-2, -2, -2}, 0},
                     InterpolationCase{"all_missing", true, {0, 0, 0}, 0}),
-    [](const testing::TestParamInfo<InterpolationCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<InterpolationCase>& row) { return std::string(row.param.label); });
 
 // -- Redundant keys ---------------------------------------------------------------------
 
@@ -228,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         RedundantCase{"sloped_cubic", 2, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}, 2, {0, 1, 2}},
         // Flat in-tangents but one out-tangent that is not: still cubic.
         RedundantCase{"one_tangent", 2, {1, 1, 1}, {0, 0, 0}, {0, 3e-5f, 0}, 2, {0, 1, 2}}),
-    [](const testing::TestParamInfo<RedundantCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<RedundantCase>& row) { return std::string(row.param.label); });
 
 TEST(RedundantWeights, RowsAreComparedOverTheShorterLength) {
     WeightsChannel channel;

@@ -41,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
         // line from key 1 to key 3 by 0.5 and goes at 0.6. Had key 2 split, key 1 would go.
         ThinCase{"tie_takes_the_first", {0, 1, 1, 0}, 0.6f, {0, 1, 3}},
         ThinCase{"two_keys", {0, 5}, 0.0f, {0, 1}}),
-    [](const testing::TestParamInfo<ThinCase>& info) { return std::string(info.param.label); });
+    [](const testing::TestParamInfo<ThinCase>& row) { return std::string(row.param.label); });
 
 TEST(Thinning, CubicChannelsStayWhole) {
     VectorChannel channel;

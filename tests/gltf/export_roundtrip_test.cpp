@@ -260,7 +260,7 @@ class GlbRoundTrip : public testing::TestWithParam<std::string> {};
 TEST_P(GlbRoundTrip, SceneSurvivesTheTool) { RoundTrip(GetParam(), TestName(GetParam())); }
 
 INSTANTIATE_TEST_SUITE_P(Corpus, GlbRoundTrip, testing::ValuesIn(CorpusFiles()),
-                         [](const testing::TestParamInfo<std::string>& info) { return TestName(info.param); });
+                         [](const testing::TestParamInfo<std::string>& row) { return TestName(row.param); });
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(GlbRoundTrip);
 
 TEST(GlbRoundTripSample, GeneratedSampleSurvivesTheTool) {

@@ -187,9 +187,9 @@ TEST(ReadAccessor, TextGltfReadsExternalAndDataUriBuffers) {
         const std::string special = R"({"buffers":[{"uri":")" + std::string(uri) + R"("}],
             "bufferViews":[{"buffer":0,"byteLength":4}],
             "accessors":[{"bufferView":0,"componentType":5126,"count":1,"type":"SCALAR"}]})";
-        GltfContext context;
-        ASSERT_TRUE(ReadBytes(dir, Text(special), context, "special.gltf"));
-        EXPECT_THROW(ReadAccessorAsFloat(context.document.accessors[0], context), GltfError) << uri;
+        GltfContext specialContext;
+        ASSERT_TRUE(ReadBytes(dir, Text(special), specialContext, "special.gltf"));
+        EXPECT_THROW(ReadAccessorAsFloat(specialContext.document.accessors[0], specialContext), GltfError) << uri;
     }
 }
 

@@ -57,11 +57,10 @@ bool IsDracoCompressed(const std::string& path);
 // Little-endian bytes of values, for building expected binary chunks by hand.
 template <typename T>
 void PutBytes(std::vector<uint8_t>& out, std::initializer_list<T> values) {
-    for (T v : values) {
-        uint8_t b[sizeof(T)];
-        std::memcpy(b, &v, sizeof(T));
-        out.insert(out.end(), b, b + sizeof(T));
-    }
+    if (values.size() == 0) return;
+    const size_t at = out.size();
+    out.resize(at + values.size() * sizeof(T));
+    std::memcpy(out.data() + at, values.begin(), values.size() * sizeof(T));
 }
 inline void PadTo4(std::vector<uint8_t>& out) {
     while (out.size() % 4) out.push_back(0);

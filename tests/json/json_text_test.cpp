@@ -44,7 +44,7 @@ TEST(FormatFloat, MatchesDefaultStreamIncludingNan) {
     std::mt19937 random(20261121);
     char buf[kFloatTextMax];
     for (int i = 0; i < 200000; ++i) {
-        uint32_t bits = random();
+        const uint32_t bits = uint32_t(random());
         float value;
         std::memcpy(&value, &bits, sizeof value);
         size_t size = FormatFloat(value, buf);

@@ -51,7 +51,7 @@ void MakeCylinder(VertexData& data, std::vector<uint32_t>& indices, uint32_t seg
 void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n) {
     for (uint32_t j = 0; j <= n; ++j) {
         for (uint32_t i = 0; i <= n; ++i) {
-            const float x = float(i) / n, z = float(j) / n;
+            const float x = float(i) / float(n), z = float(j) / float(n);
             data.positions.insert(data.positions.end(), {x, 0.1f * std::sin(3.0f * x) * std::cos(2.0f * z), z});
             data.normals.insert(data.normals.end(), {0.0f, 1.0f, 0.0f});
         }
@@ -91,8 +91,8 @@ size_t OverlappingTexels(const std::vector<const std::vector<float>*>& uvSets,
         for (size_t t = 0; t + 2 < idx.size(); t += 3) {
             double px[3], py[3];
             for (int k = 0; k < 3; ++k) {
-                px[k] = uv[size_t(idx[t + k]) * 2] * w;
-                py[k] = uv[size_t(idx[t + k]) * 2 + 1] * h;
+                px[k] = double(uv[size_t(idx[t + k]) * 2]) * w;
+                py[k] = double(uv[size_t(idx[t + k]) * 2 + 1]) * h;
             }
             const double area = (px[1] - px[0]) * (py[2] - py[0]) - (px[2] - px[0]) * (py[1] - py[0]);
             if (std::fabs(area) < 1e-12) continue;

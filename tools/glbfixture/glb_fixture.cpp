@@ -6,10 +6,6 @@ namespace glbfixture {
 
 namespace {
 
-void PutWord(std::vector<uint8_t>& out, uint32_t v) {
-    for (int i = 0; i < 4; ++i) out.push_back(uint8_t(v >> (8 * i)));
-}
-
 bool WriteWord(std::FILE* file, uint32_t v) {
     const uint8_t bytes[4] = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
     return std::fwrite(bytes, 1, 4, file) == 4;
@@ -76,20 +72,28 @@ std::vector<uint8_t> GlbFixture::Build(const std::string& members) const { retur
 std::vector<uint8_t> MakeGlb(const std::string& json, const std::vector<uint8_t>& binary, bool withBinary) {
     const size_t jsonLength = Padded(json.size());
     const size_t binLength = Padded(binary.size());
-    std::vector<uint8_t> out;
-    out.reserve(20 + jsonLength + (withBinary ? 8 + binLength : 0));
-    out.insert(out.end(), {'g', 'l', 'T', 'F'});
-    PutWord(out, 2);
-    PutWord(out, uint32_t(12 + 8 + jsonLength + (withBinary ? 8 + binLength : 0)));
-    PutWord(out, uint32_t(jsonLength));
-    out.insert(out.end(), {'J', 'S', 'O', 'N'});
-    out.insert(out.end(), json.begin(), json.end());
-    out.resize(20 + jsonLength, ' ');
+    const size_t total = 12 + 8 + jsonLength + (withBinary ? 8 + binLength : 0);
+    // Sized once and filled in place; the binary chunk's padding stays zero.
+    std::vector<uint8_t> out(total, 0);
+    auto put = [&out](size_t at, const void* bytes, size_t count) {
+        if (count) std::memcpy(out.data() + at, bytes, count);
+    };
+    auto putWord = [&put](size_t at, uint32_t v) {
+        const uint8_t bytes[4] = {uint8_t(v), uint8_t(v >> 8), uint8_t(v >> 16), uint8_t(v >> 24)};
+        put(at, bytes, 4);
+    };
+    put(0, "glTF", 4);
+    putWord(4, 2);
+    putWord(8, uint32_t(total));
+    putWord(12, uint32_t(jsonLength));
+    put(16, "JSON", 4);
+    std::memset(out.data() + 20, ' ', jsonLength);
+    put(20, json.data(), json.size());
     if (withBinary) {
-        PutWord(out, uint32_t(binLength));
-        out.insert(out.end(), {'B', 'I', 'N', 0});
-        out.insert(out.end(), binary.begin(), binary.end());
-        out.resize(out.size() + (binLength - binary.size()), 0);
+        const size_t chunk = 20 + jsonLength;
+        putWord(chunk, uint32_t(binLength));
+        put(chunk + 4, "BIN", 4);  // with its terminating zero
+        put(chunk + 8, binary.data(), binary.size());
     }
     return out;
 }
