@@ -1,4 +1,5 @@
 // Animations of a GLB: up to four channels per track, time arrays shared file-wide.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // An upper bound of the binary buffer a GLB of a scene needs, so that the buffer is
 // allocated once instead of being copied as it grows.
+// Private to the glTF library.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,5 @@
 // Growing the one binary buffer of a GLB: views, accessors and the 4-byte append rule.
+// Private to the glTF library.
 #pragma once
 
 #include <cstddef>

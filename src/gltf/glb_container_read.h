@@ -1,4 +1,5 @@
 // Reading side of the GLB container: chunk table, refusals, streamed JSON chunk.
+// Private to the glTF library.
 #pragma once
 
 #include <cstddef>

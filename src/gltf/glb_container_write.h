@@ -1,5 +1,6 @@
 // Writing the GLB container: header, JSON chunk padded with blanks, binary chunk
 // padded with zeros, lengths patched in once the data is out.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // Records into which a Scene is lowered before the GLB's JSON chunk is made, and the
 // builder that owns the one binary buffer they point into.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // The JSON chunk of a GLB, made from the export records, and the call that writes it
 // with the binary buffer into one file.
+// Private to the glTF library.
 #pragma once
 
 #include <string>

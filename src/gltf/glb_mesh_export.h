@@ -1,5 +1,6 @@
 // Meshes of a GLB: primitives with shared index and vertex blocks, sparse morph
 // targets, Draco primitives, and the skins of the nodes that use them.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

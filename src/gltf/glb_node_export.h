@@ -1,4 +1,5 @@
 // The flattened node list of a GLB: depth first, parents before their children.
+// Private to the glTF library.
 #pragma once
 
 #include <vector>

@@ -1,4 +1,5 @@
 // Skins of a GLB: joints as node indices and one inverse bind matrix block.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // Index and vertex blocks of a GLB primitive.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

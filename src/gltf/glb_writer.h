@@ -1,3 +1,4 @@
+// The glTF library's entry for writing: a Scene into one binary glTF file.
 #pragma once
 
 #include <string>

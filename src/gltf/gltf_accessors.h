@@ -1,4 +1,5 @@
 // Accessor data as flat vectors: f32 for attributes, u32 for indices, u16 for joints.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // State of one glTF load: the input path, the parsed JSON, the binary chunk and the document.
+// Private to the glTF library.
 #pragma once
 
 #include <cstddef>

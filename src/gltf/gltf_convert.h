@@ -1,6 +1,7 @@
 // Component conversions shared by accessor and Draco attribute reading. All arithmetic is
 // double precision; normalisation divides by the source's range and clamps signed values
 // at -1.
+// Private to the glTF library.
 #pragma once
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // What importing a glTF document will decode, known before any of it is decoded.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // Reading model of one glTF 2.0 file: plain records, indices as i32 with -1 for absent.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

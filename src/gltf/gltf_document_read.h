@@ -1,5 +1,6 @@
 // Fills a GltfDocument from parsed JSON. Tolerant: nothing is required or validated;
 // what a file lacks keeps its default.
+// Private to the glTF library.
 #pragma once
 
 #include "gltf/gltf_document.h"

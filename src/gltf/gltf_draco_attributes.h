@@ -1,4 +1,5 @@
 // Attribute data of a decoded Draco mesh as flat vectors, converted like accessor data.
+// Private to the glTF library.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // File names for the images of a document, and the saving of embedded images into the
 // "<input>.fbm" folder.
+// Private to the glTF library.
 #pragma once
 
 #include <string>

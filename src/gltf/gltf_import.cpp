@@ -89,6 +89,63 @@ void FillGroups(const std::vector<float>& data, bool cubic, std::vector<V>& in, 
     }
 }
 
+// The keys of one sampler, read for one channel.
+struct SampledKeys {
+    const std::vector<float>& times;
+    const std::vector<float>& output;
+    bool cubic;
+    int32_t interpolation;
+    const std::string& where;
+};
+
+// Writers walk times and values together, so both must have one entry per key.
+void CheckKeyCount(const SampledKeys& keys, size_t before, size_t after) {
+    if (after - before != keys.times.size())
+        throw GltfError(keys.where + " has " + std::to_string(after - before) + " keys for " +
+                        std::to_string(keys.times.size()) + " times");
+}
+
+// Translation, scale (groups of three) and rotation (groups of four) keys.
+template <typename V, size_t N, typename Channel>
+void AddGroupKeys(Channel& target, const SampledKeys& keys) {
+    const size_t before = target.values.size();
+    FillGroups<V, N>(keys.output, keys.cubic, target.inTangents, target.values, target.outTangents);
+    CheckKeyCount(keys, before, target.values.size());
+    target.times.insert(target.times.end(), keys.times.begin(), keys.times.end());
+    target.interpolation = keys.interpolation;
+}
+
+// Morph weight keys: one run of weights per key, three runs for cubic keys.
+void AddWeightKeys(WeightsChannel& target, const SampledKeys& keys) {
+    const std::vector<float>& output = keys.output;
+    const size_t total = output.size();
+    if (keys.times.empty()) throw GltfError(keys.where + " has weights but no key times");
+    const size_t perKey = (total / keys.times.size()) / (keys.cubic ? 3 : 1);
+    if (perKey == 0) throw GltfError(keys.where + " has fewer weights than key times");
+    const size_t groups = total / perKey;
+    const size_t before = target.values.size();
+    size_t at = 0;
+    for (size_t g = 0; g < groups; ++g) {
+        // Cubic groups take three runs of weights; stop where the data ends.
+        const size_t take = keys.cubic ? 3 * perKey : perKey;
+        if (at + take > total) break;
+        auto run = [&](size_t from) {
+            return std::vector<float>(output.begin() + ptrdiff_t(from), output.begin() + ptrdiff_t(from + perKey));
+        };
+        if (keys.cubic) {
+            target.inTangents.push_back(run(at));
+            target.values.push_back(run(at + perKey));
+            target.outTangents.push_back(run(at + 2 * perKey));
+        } else {
+            target.values.push_back(run(at));
+        }
+        at += take;
+    }
+    CheckKeyCount(keys, before, target.values.size());
+    target.times.insert(target.times.end(), keys.times.begin(), keys.times.end());
+    target.interpolation = keys.interpolation;
+}
+
 }  // namespace
 
 void GltfImporter::ImportSkins() {
@@ -362,57 +419,12 @@ std::unique_ptr<Animation> GltfImporter::ImportAnimation(size_t index) {
         const std::vector<float> output =
             ReadAccessorAsFloat(context_.document.accessors[size_t(sampler.output)], context_);
         const bool cubic = sampler.interpolation == GltfInterpolation::CUBICSPLINE;
-        const int32_t interpolation = InterpolationOf(sampler.interpolation);
 
-        // Writers walk times and values together, so both must have one entry per key.
-        auto checkKeys = [&](size_t before, size_t after) {
-            if (after - before != times.size())
-                throw GltfError(where + " has " + std::to_string(after - before) + " keys for " +
-                                std::to_string(times.size()) + " times");
-        };
-        if (path == "translation" || path == "scale") {
-            VectorChannel& target = path == "translation" ? track.position : track.scale;
-            const size_t before = target.values.size();
-            FillGroups<Vec3, 3>(output, cubic, target.inTangents, target.values, target.outTangents);
-            checkKeys(before, target.values.size());
-            target.times.insert(target.times.end(), times.begin(), times.end());
-            target.interpolation = interpolation;
-        } else if (path == "rotation") {
-            QuatChannel& target = track.rotationQuat;
-            const size_t before = target.values.size();
-            FillGroups<Quat, 4>(output, cubic, target.inTangents, target.values, target.outTangents);
-            checkKeys(before, target.values.size());
-            target.times.insert(target.times.end(), times.begin(), times.end());
-            target.interpolation = interpolation;
-        } else {
-            WeightsChannel& target = track.weights;
-            const size_t total = output.size();
-            if (times.empty()) throw GltfError(where + " has weights but no key times");
-            const size_t perKey = (total / times.size()) / (cubic ? 3 : 1);
-            if (perKey == 0) throw GltfError(where + " has fewer weights than key times");
-            const size_t groups = total / perKey;
-            const size_t before = target.values.size();
-            size_t at = 0;
-            for (size_t g = 0; g < groups; ++g) {
-                // Cubic groups take three runs of weights; stop where the data ends.
-                const size_t take = cubic ? 3 * perKey : perKey;
-                if (at + take > total) break;
-                auto run = [&](size_t from) {
-                    return std::vector<float>(output.begin() + ptrdiff_t(from), output.begin() + ptrdiff_t(from + perKey));
-                };
-                if (cubic) {
-                    target.inTangents.push_back(run(at));
-                    target.values.push_back(run(at + perKey));
-                    target.outTangents.push_back(run(at + 2 * perKey));
-                } else {
-                    target.values.push_back(run(at));
-                }
-                at += take;
-            }
-            checkKeys(before, target.values.size());
-            target.times.insert(target.times.end(), times.begin(), times.end());
-            target.interpolation = interpolation;
-        }
+        const SampledKeys keys{times, output, cubic, InterpolationOf(sampler.interpolation), where};
+        if (path == "translation") AddGroupKeys<Vec3, 3>(track.position, keys);
+        else if (path == "scale") AddGroupKeys<Vec3, 3>(track.scale, keys);
+        else if (path == "rotation") AddGroupKeys<Quat, 4>(track.rotationQuat, keys);
+        else AddWeightKeys(track.weights, keys);
     }
 
     auto empty = [](const AnimationTrack& t) {

@@ -1,4 +1,5 @@
 // Building a Scene from a parsed glTF document.
+// Private to the glTF library.
 #pragma once
 
 #include <memory>
@@ -33,6 +34,18 @@ public:
 private:
     GraphNode* ImportNode(size_t index);
     void SetSlot(TextureSlot& slot, int32_t index, int32_t texCoord, const GltfTransformSlot& transform);
+    template <typename TextureRef>
+    void Slot(TextureSlot& slot, const TextureRef& ref) {
+        SetSlot(slot, ref.index, ref.texCoord, ref.transform);
+    }
+    void ImportUnlit(Material& m, const GltfMaterial& record);
+    void ImportMetallicRoughness(Material& m, const GltfMaterial& record);
+    void ImportClearcoat(Material& m, const GltfClearcoat& clearcoat);
+    void ImportSpecular(Material& m, const GltfSpecular& specular);
+    void ImportTransmission(Material& m, const GltfTransmission& transmission);
+    void ImportSheen(Material& m, const GltfSheen& sheen);
+    void ImportVolume(Material& m, const GltfVolume& volume);
+    void ImportIridescence(Material& m, const GltfIridescence& iridescence);
     void ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance,
                             const std::string& where);
 

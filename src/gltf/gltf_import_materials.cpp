@@ -92,7 +92,6 @@ Material* GltfImporter::ImportMaterial(int32_t index) {
     Material& m = *material;
     m.name = record.name;
     m.id = uint64_t(index);
-    auto slot = [&](TextureSlot& target, const auto& ref) { SetSlot(target, ref.index, ref.texCoord, ref.transform); };
 
     switch (record.alphaMode) {
         case GltfAlphaMode::OPAQUE: m.blendType = 0; break;
@@ -108,152 +107,174 @@ Material* GltfImporter::ImportMaterial(int32_t index) {
     m.twoSidedLighting = record.doubleSided;
     m.cull = record.doubleSided ? 0 : 1;
 
-    const auto& pbr = record.pbrMetallicRoughness;
     if (record.extensions && record.extensions->unlit) {
-        m.useLighting = false;
-        m.diffuse = Vec3(0.0f, 0.0f, 0.0f);
-        if (!pbr) {
-            m.emissive = Vec3(0.0f, 0.0f, 0.0f);
-            m.opacity = 1.0f;
-        } else {
-            if (pbr->baseColorFactor.size() == 4) {
-                m.emissiveTint = true;
-                m.emissive = GammaRgb(pbr->baseColorFactor);
-                m.opacity = pbr->baseColorFactor[3];
-            }
-            if (pbr->baseColorTexture) {
-                slot(m.emissiveMap, *pbr->baseColorTexture);
-                slot(m.opacityMap, *pbr->baseColorTexture);
-                m.opacityMap.channel = "a";
-            }
-        }
+        ImportUnlit(m, record);
     } else {
-        m.shadingModel = 1;
-        m.useMetalness = true;
-        m.specular = Vec3(1.0f, 1.0f, 1.0f);
-        m.glossInvert = true;
-        if (!pbr) {
-            m.diffuse = Vec3(1.0f, 1.0f, 1.0f);
-            m.opacity = 1.0f;
-            m.metalness = 1.0f;
-            m.shininess = 0.0f;
-        } else {
-            if (pbr->baseColorFactor.size() == 4) {
-                m.diffuseTint = true;
-                m.diffuse = GammaRgb(pbr->baseColorFactor);
-                m.opacity = pbr->baseColorFactor[3];
-            } else {
-                m.diffuse = Vec3(1.0f, 1.0f, 1.0f);
-                m.opacity = 1.0f;
-            }
-            if (pbr->baseColorTexture) {
-                slot(m.diffuseMap, *pbr->baseColorTexture);
-                slot(m.opacityMap, *pbr->baseColorTexture);
-                m.opacityMap.channel = "a";
-            }
-            // With glossInvert set, shininess carries the roughness.
-            m.metalness = pbr->metallicFactor;
-            m.shininess = pbr->roughnessFactor;
-            if (pbr->metallicRoughnessTexture) {
-                slot(m.metalnessMap, *pbr->metallicRoughnessTexture);
-                m.metalnessMap.channel = "b";
-                slot(m.glossMap, *pbr->metallicRoughnessTexture);
-                m.glossMap.channel = "g";
-            }
-        }
-        if (record.normalTexture) {
-            slot(m.normalMap, *record.normalTexture);
-            m.bumpMapFactor = record.normalTexture->scale;
-        }
-        if (record.occlusionTexture) {
-            slot(m.aoMap, *record.occlusionTexture);
-            m.aoMap.channel = "r";
-        }
-        if (record.emissiveTexture) slot(m.emissiveMap, *record.emissiveTexture);
-        if (record.emissiveFactor.size() == 3) {
-            m.emissiveTint = true;
-            m.emissive = GammaRgb(record.emissiveFactor);
-        } else {
-            m.emissiveTint = false;
-            m.emissive = Vec3(0.0f, 0.0f, 0.0f);
-        }
-
+        ImportMetallicRoughness(m, record);
+        // The extensions of a lit material, each over what the ones before it set.
         if (record.extensions) {
             const GltfMaterialExtensions& e = *record.extensions;
-            if (e.clearcoat) {
-                m.clearCoat = e.clearcoat->clearcoatFactor * 0.25f;
-                if (e.clearcoat->clearcoatTexture) slot(m.clearCoatMap, *e.clearcoat->clearcoatTexture);
-                m.clearCoatMap.channel = "r";
-                m.clearCoatGloss = e.clearcoat->clearcoatRoughnessFactor;
-                if (e.clearcoat->clearcoatRoughnessTexture)
-                    slot(m.clearCoatGlossMap, *e.clearcoat->clearcoatRoughnessTexture);
-                m.clearCoatGlossMap.channel = "g";
-                m.clearCoatGlossInvert = true;
-                if (e.clearcoat->clearcoatNormalTexture) {
-                    slot(m.clearCoatNormalMap, *e.clearcoat->clearcoatNormalTexture);
-                    m.clearCoatBumpiness = e.clearcoat->clearcoatNormalTexture->scale;
-                }
-            }
-            if (e.specular) {
-                m.useMetalnessSpecularColor = true;
-                m.specularityFactor = e.specular->specularFactor;
-                if (e.specular->specularTexture) slot(m.specularityFactorMap, *e.specular->specularTexture);
-                m.specularityFactorMap.channel = "a";
-                if (e.specular->specularColorFactor.size() == 3) {
-                    m.specularTint = true;
-                    m.specular = GammaRgb(e.specular->specularColorFactor);
-                } else {
-                    m.specular = Vec3(1.0f, 1.0f, 1.0f);
-                }
-                if (e.specular->specularColorTexture) slot(m.specularMap, *e.specular->specularColorTexture);
-                m.specularMap.channel = "rgb";
-            }
+            if (e.clearcoat) ImportClearcoat(m, *e.clearcoat);
+            if (e.specular) ImportSpecular(m, *e.specular);
             if (e.ior) m.refractionIndex = 1.0f / e.ior->ior;
-            if (e.transmission) {
-                m.blendType = 1;
-                m.useDynamicRefraction = true;
-                m.refraction = e.transmission->transmissionFactor;
-                if (e.transmission->transmissionTexture) slot(m.refractionMap, *e.transmission->transmissionTexture);
-                m.refractionMap.channel = "r";
-            }
-            if (e.sheen) {
-                m.useSheen = true;
-                m.sheenGlossInvert = true;
-                if (e.sheen->sheenColorFactor.size() == 3) {
-                    m.sheenTint = true;
-                    m.sheen = GammaRgb(e.sheen->sheenColorFactor);
-                }
-                if (e.sheen->sheenColorTexture) slot(m.sheenMap, *e.sheen->sheenColorTexture);
-                m.sheenGloss = e.sheen->sheenRoughnessFactor;
-                if (e.sheen->sheenRoughnessTexture) slot(m.sheenGlossMap, *e.sheen->sheenRoughnessTexture);
-                m.sheenGlossMap.channel = "a";
-            }
-            if (e.volume) {
-                m.blendType = 1;
-                m.useDynamicRefraction = true;
-                m.thickness = e.volume->thicknessFactor;
-                if (e.volume->thicknessTexture) slot(m.thicknessMap, *e.volume->thicknessTexture);
-                m.thicknessMap.channel = "g";
-                m.attenuationDistance = e.volume->attenuationDistance;
-                if (e.volume->attenuationColor.size() == 3) m.attenuation = GammaRgb(e.volume->attenuationColor);
-            }
+            if (e.transmission) ImportTransmission(m, *e.transmission);
+            if (e.sheen) ImportSheen(m, *e.sheen);
+            if (e.volume) ImportVolume(m, *e.volume);
             if (e.emissiveStrength) m.emissiveIntensity = e.emissiveStrength->emissiveStrength;
-            if (e.iridescence) {
-                m.useIridescence = true;
-                m.iridescence = e.iridescence->iridescenceFactor;
-                if (e.iridescence->iridescenceTexture) slot(m.iridescenceMap, *e.iridescence->iridescenceTexture);
-                m.iridescenceMap.channel = "r";
-                m.iridescenceRefractionIndex = e.iridescence->iridescenceIor;
-                m.iridescenceThicknessMin = e.iridescence->iridescenceThicknessMinimum;
-                m.iridescenceThicknessMax = e.iridescence->iridescenceThicknessMaximum;
-                if (e.iridescence->iridescenceThicknessTexture)
-                    slot(m.iridescenceThicknessMap, *e.iridescence->iridescenceThicknessTexture);
-                m.iridescenceThicknessMap.channel = "g";
-            }
+            if (e.iridescence) ImportIridescence(m, *e.iridescence);
         }
     }
 
     Material* raw = material.release();
     scene_.materials.Add(raw);
     return raw;
+}
+
+// KHR_materials_unlit: the base colour is shown as emission, without lighting.
+void GltfImporter::ImportUnlit(Material& m, const GltfMaterial& record) {
+    const auto& pbr = record.pbrMetallicRoughness;
+    m.useLighting = false;
+    m.diffuse = Vec3(0.0f, 0.0f, 0.0f);
+    if (!pbr) {
+        m.emissive = Vec3(0.0f, 0.0f, 0.0f);
+        m.opacity = 1.0f;
+        return;
+    }
+    if (pbr->baseColorFactor.size() == 4) {
+        m.emissiveTint = true;
+        m.emissive = GammaRgb(pbr->baseColorFactor);
+        m.opacity = pbr->baseColorFactor[3];
+    }
+    if (pbr->baseColorTexture) {
+        Slot(m.emissiveMap, *pbr->baseColorTexture);
+        Slot(m.opacityMap, *pbr->baseColorTexture);
+        m.opacityMap.channel = "a";
+    }
+}
+
+// The core model: base colour, metalness and roughness, normal, occlusion and emission.
+void GltfImporter::ImportMetallicRoughness(Material& m, const GltfMaterial& record) {
+    const auto& pbr = record.pbrMetallicRoughness;
+    m.shadingModel = 1;
+    m.useMetalness = true;
+    m.specular = Vec3(1.0f, 1.0f, 1.0f);
+    m.glossInvert = true;
+    if (!pbr) {
+        m.diffuse = Vec3(1.0f, 1.0f, 1.0f);
+        m.opacity = 1.0f;
+        m.metalness = 1.0f;
+        m.shininess = 0.0f;
+    } else {
+        if (pbr->baseColorFactor.size() == 4) {
+            m.diffuseTint = true;
+            m.diffuse = GammaRgb(pbr->baseColorFactor);
+            m.opacity = pbr->baseColorFactor[3];
+        } else {
+            m.diffuse = Vec3(1.0f, 1.0f, 1.0f);
+            m.opacity = 1.0f;
+        }
+        if (pbr->baseColorTexture) {
+            Slot(m.diffuseMap, *pbr->baseColorTexture);
+            Slot(m.opacityMap, *pbr->baseColorTexture);
+            m.opacityMap.channel = "a";
+        }
+        // With glossInvert set, shininess carries the roughness.
+        m.metalness = pbr->metallicFactor;
+        m.shininess = pbr->roughnessFactor;
+        if (pbr->metallicRoughnessTexture) {
+            Slot(m.metalnessMap, *pbr->metallicRoughnessTexture);
+            m.metalnessMap.channel = "b";
+            Slot(m.glossMap, *pbr->metallicRoughnessTexture);
+            m.glossMap.channel = "g";
+        }
+    }
+    if (record.normalTexture) {
+        Slot(m.normalMap, *record.normalTexture);
+        m.bumpMapFactor = record.normalTexture->scale;
+    }
+    if (record.occlusionTexture) {
+        Slot(m.aoMap, *record.occlusionTexture);
+        m.aoMap.channel = "r";
+    }
+    if (record.emissiveTexture) Slot(m.emissiveMap, *record.emissiveTexture);
+    if (record.emissiveFactor.size() == 3) {
+        m.emissiveTint = true;
+        m.emissive = GammaRgb(record.emissiveFactor);
+    } else {
+        m.emissiveTint = false;
+        m.emissive = Vec3(0.0f, 0.0f, 0.0f);
+    }
+}
+
+void GltfImporter::ImportClearcoat(Material& m, const GltfClearcoat& clearcoat) {
+    m.clearCoat = clearcoat.clearcoatFactor * 0.25f;
+    if (clearcoat.clearcoatTexture) Slot(m.clearCoatMap, *clearcoat.clearcoatTexture);
+    m.clearCoatMap.channel = "r";
+    m.clearCoatGloss = clearcoat.clearcoatRoughnessFactor;
+    if (clearcoat.clearcoatRoughnessTexture) Slot(m.clearCoatGlossMap, *clearcoat.clearcoatRoughnessTexture);
+    m.clearCoatGlossMap.channel = "g";
+    m.clearCoatGlossInvert = true;
+    if (clearcoat.clearcoatNormalTexture) {
+        Slot(m.clearCoatNormalMap, *clearcoat.clearcoatNormalTexture);
+        m.clearCoatBumpiness = clearcoat.clearcoatNormalTexture->scale;
+    }
+}
+
+void GltfImporter::ImportSpecular(Material& m, const GltfSpecular& specular) {
+    m.useMetalnessSpecularColor = true;
+    m.specularityFactor = specular.specularFactor;
+    if (specular.specularTexture) Slot(m.specularityFactorMap, *specular.specularTexture);
+    m.specularityFactorMap.channel = "a";
+    if (specular.specularColorFactor.size() == 3) {
+        m.specularTint = true;
+        m.specular = GammaRgb(specular.specularColorFactor);
+    } else {
+        m.specular = Vec3(1.0f, 1.0f, 1.0f);
+    }
+    if (specular.specularColorTexture) Slot(m.specularMap, *specular.specularColorTexture);
+    m.specularMap.channel = "rgb";
+}
+
+void GltfImporter::ImportTransmission(Material& m, const GltfTransmission& transmission) {
+    m.blendType = 1;
+    m.useDynamicRefraction = true;
+    m.refraction = transmission.transmissionFactor;
+    if (transmission.transmissionTexture) Slot(m.refractionMap, *transmission.transmissionTexture);
+    m.refractionMap.channel = "r";
+}
+
+void GltfImporter::ImportSheen(Material& m, const GltfSheen& sheen) {
+    m.useSheen = true;
+    m.sheenGlossInvert = true;
+    if (sheen.sheenColorFactor.size() == 3) {
+        m.sheenTint = true;
+        m.sheen = GammaRgb(sheen.sheenColorFactor);
+    }
+    if (sheen.sheenColorTexture) Slot(m.sheenMap, *sheen.sheenColorTexture);
+    m.sheenGloss = sheen.sheenRoughnessFactor;
+    if (sheen.sheenRoughnessTexture) Slot(m.sheenGlossMap, *sheen.sheenRoughnessTexture);
+    m.sheenGlossMap.channel = "a";
+}
+
+void GltfImporter::ImportVolume(Material& m, const GltfVolume& volume) {
+    m.blendType = 1;
+    m.useDynamicRefraction = true;
+    m.thickness = volume.thicknessFactor;
+    if (volume.thicknessTexture) Slot(m.thicknessMap, *volume.thicknessTexture);
+    m.thicknessMap.channel = "g";
+    m.attenuationDistance = volume.attenuationDistance;
+    if (volume.attenuationColor.size() == 3) m.attenuation = GammaRgb(volume.attenuationColor);
+}
+
+void GltfImporter::ImportIridescence(Material& m, const GltfIridescence& iridescence) {
+    m.useIridescence = true;
+    m.iridescence = iridescence.iridescenceFactor;
+    if (iridescence.iridescenceTexture) Slot(m.iridescenceMap, *iridescence.iridescenceTexture);
+    m.iridescenceMap.channel = "r";
+    m.iridescenceRefractionIndex = iridescence.iridescenceIor;
+    m.iridescenceThicknessMin = iridescence.iridescenceThicknessMinimum;
+    m.iridescenceThicknessMax = iridescence.iridescenceThicknessMaximum;
+    if (iridescence.iridescenceThicknessTexture)
+        Slot(m.iridescenceThicknessMap, *iridescence.iridescenceThicknessTexture);
+    m.iridescenceThicknessMap.channel = "g";
 }

@@ -1,6 +1,7 @@
 // The parsed JSON of a glTF file: RapidJSON's document with its default memory pool, over an
 // allocator that throws std::bad_alloc when memory runs out. The library's own allocator
 // returns null, and its parser then writes through the null pointer.
+// Private to the glTF library.
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// The glTF library's entry for reading: .glb and .gltf input into a Scene.
 #pragma once
 
 #include <string>

@@ -1,4 +1,5 @@
 // The animation file: one take's position, rotation and scale keys by node.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <cstdint>

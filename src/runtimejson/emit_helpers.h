@@ -1,5 +1,6 @@
 // Pieces of output shared by the generators that are written once for both the
 // streaming JsonEmitter and the JsonTreeBuilder, which offer the same calls.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <cstddef>

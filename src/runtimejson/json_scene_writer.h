@@ -1,3 +1,4 @@
+// The runtime JSON library's entry: the engine's JSON files of a Scene.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 // Builds a JsonValue tree through the same calls as the streaming JsonEmitter, so one
 // generator can produce either a tree or a stream.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <cstdint>

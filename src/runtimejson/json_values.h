@@ -1,4 +1,5 @@
 // Small value makers shared by the tree-built files.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <initializer_list>

@@ -1,5 +1,6 @@
 // The materials file: textures, materials as typed parameter lists, and which
 // material each mesh instance uses.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <string>

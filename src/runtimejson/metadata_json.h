@@ -1,4 +1,5 @@
 // The metadata file: plain counts over the scene's meshes.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <string>

@@ -1,4 +1,5 @@
 // The model file: nodes, skins, morphs, vertex data, meshes and mesh instances.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <string>

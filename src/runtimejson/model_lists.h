@@ -1,5 +1,6 @@
 // The lists the model file indexes into: nodes, and the vertex data, skins, morphs
 // and mesh instances they use, each in order of first occurrence.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
 // Writing a finished document to its file, and refusing a scene that cannot be written.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <string>

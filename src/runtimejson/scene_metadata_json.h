@@ -1,4 +1,5 @@
 // The scene metadata file: an entity list with components and an asset list.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <string>

@@ -1,4 +1,5 @@
 // Flattened views of the node tree that every runtime JSON file is built from.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 // The vertex attributes that the metadata files report, in their fixed order: position,
 // normal, colour, joint indices, weights, texture sets 0 and 1. Later texture sets are
 // never reported.
+// Private to the runtime JSON library.
 #pragma once
 
 #include <array>

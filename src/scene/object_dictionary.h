@@ -11,7 +11,9 @@
 template <typename T>
 class ObjectDictionary;
 
-// The import reaches the dictionaries of the scene under construction through these.
+// The process-wide "current" dictionary of each item type: the one made last, cleared when it
+// goes. The loaders reach their scene's dictionaries through the Scene itself; nothing in the
+// program reads these.
 template <typename T>
 struct CurrentDictionary {
     static inline ObjectDictionary<T>* pointer = nullptr;
