@@ -196,9 +196,11 @@ Scene* FbxSceneConversion(FbxScene* fbxScene, const ConversionOptions& options) 
     for (FbxNode* child : ChildNodes(*fbxRoot)) ConvertNode(child, root, conversion);
     scene->root = root;
 
+    // Taken before the slots: removing head_GRP frees the compensation nodes below it.
+    const SscLinks sscLinks = LinkSscNodes(sscNodes);
     const NewNodeId newNodeId = [fbxScene] { return FbxNode::Create(fbxScene, "empty")->GetUniqueID(); };
     const GroupNodes groupNodes = BuildAvatarSlots(*scene, newNodeId, nodesByName);
 
-    ExtractAnimations(fbxScene, *scene, options, sscNodes, groupNodes);
+    ExtractAnimations(fbxScene, *scene, options, sscLinks, groupNodes);
     return scene;
 }

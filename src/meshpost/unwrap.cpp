@@ -28,7 +28,7 @@ void CollectWorldScales(const GraphNode* node, std::unordered_map<const Geometry
 // An instance with an empty position or index list counts as having none: xatlas would
 // otherwise be handed a mesh of 0 vertices, which it cannot build (it clears null arrays).
 bool SuitableForUnwrap(const MeshInstance* mi) {
-    return mi && mi->primitiveType == 3 && mi->vertices && !mi->vertices->positions.empty() &&
+    return mi && mi->primitiveType == kPrimitiveTriangles && mi->vertices && !mi->vertices->positions.empty() &&
            mi->vertices->texCoords[1].empty() && mi->indices && !mi->indices->empty();
 }
 
