@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <vector>
 
 #include "bench_clock.h"
@@ -44,8 +45,9 @@ int main(int argc, char** argv) {
     if (densities.empty()) densities.push_back(16.0f);
 
     for (float q : densities) {
-        VertexData* vd = new VertexData;
-        auto* indices = new std::vector<uint32_t>;
+        Scene scene;  // owns the records, the unwrapped ones included
+        VertexData* vd = scene.Own(std::make_unique<VertexData>());
+        auto* indices = scene.Own(std::make_unique<std::vector<uint32_t>>());
         MakeBumpySphere(rings, segments, *vd, *indices);
         MeshInstance mi;
         mi.vertices = vd;
@@ -54,19 +56,13 @@ int main(int argc, char** argv) {
 
         BenchClock clock;
         const double cpuBefore = CpuSeconds();
-        const AtlasSize size = UnwrapGeometry({&mi}, 1.0f, q);
+        const AtlasSize size = UnwrapGeometry(scene, {&mi}, 1.0f, q);
         const double seconds = clock.Seconds();
         const double cpu = CpuSeconds() - cpuBefore;
         std::printf("unwrap %zu triangles, %zu vertices, %g texels/m: %.2f s (cpu %.2f s), atlas %u x %u, %zu vertices "
                     "out\n",
                     indices->size() / 3, inVertices, double(q), seconds, cpu, size.width, size.height,
                     mi.vertices->positions.size() / 3);
-        if (mi.vertices != vd) {
-            delete mi.vertices;
-            delete mi.indices;
-        }
-        delete vd;
-        delete indices;
     }
     std::printf("peak memory %ld KiB\n", PeakRssKiB());
     return 0;

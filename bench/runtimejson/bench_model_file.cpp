@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include <sys/resource.h>
@@ -23,7 +24,7 @@ double Seconds(std::chrono::steady_clock::time_point since) {
 
 // A wavy grid, so that the numbers have the digits of real data rather than zeros.
 void FillMesh(Scene& scene) {
-    auto* vertices = new VertexData();
+    auto* vertices = scene.Own(std::make_unique<VertexData>());
     vertices->positions.reserve(size_t(kVertices) * 3);
     vertices->normals.reserve(size_t(kVertices) * 3);
     vertices->texCoords[0].reserve(size_t(kVertices) * 2);
@@ -43,7 +44,7 @@ void FillMesh(Scene& scene) {
             vertices->texCoords[0].insert(vertices->texCoords[0].end(), {u, v});
         }
     }
-    auto* indices = new std::vector<uint32_t>();
+    auto* indices = scene.Own(std::make_unique<std::vector<uint32_t>>());
     indices->reserve(size_t(kTriangles) * 3);
     for (uint32_t t = 0; indices->size() < size_t(kTriangles) * 3; ++t) {
         const uint32_t quad = (t / 2) % ((kGrid - 1) * (kGrid - 1));
@@ -56,7 +57,7 @@ void FillMesh(Scene& scene) {
 
     auto* geometry = new Geometry();
     geometry->name = "terrain";
-    auto* instance = new MeshInstance();
+    auto* instance = scene.Own(std::make_unique<MeshInstance>());
     instance->vertices = vertices;
     instance->indices = indices;
     geometry->meshInstances.push_back(instance);

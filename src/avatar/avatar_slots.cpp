@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "avatar/avatar_console.h"
 #include "avatar/placeholder.h"
+#include "scene/console.h"
 
 namespace {
 GraphNode* Lookup(const NodesByName& nodesByName, const std::string& name) {
@@ -27,7 +27,7 @@ public:
 
     void Make(std::string_view collectedUnder, std::string_view groupName, std::string_view meshName) {
         GraphNode* slot = EnsureSlot(scene_, newId_, nodesByName_, groupName, meshName);
-        if (!slot) EndAvatarRun();
+        if (!slot) EndRun();
         GroupFor(collectedUnder).nodes.push_back(slot);
     }
 
@@ -84,7 +84,7 @@ GraphNode* EnsureSlot(Scene& scene, const NewNodeId& newId, NodesByName& nodesBy
                       std::string_view groupName, std::string_view meshName) {
     GraphNode* geo = Lookup(nodesByName, "geo_GRP");
     if (!geo) {
-        StderrLine("ERROR: Couldn't find 'geo_GRP' node?");
+        ConsoleError("Couldn't find 'geo_GRP' node?");
         return nullptr;
     }
     GraphNode* group = FindOrCreateChild(scene, newId, nodesByName, geo, Concat({groupName, "_GRP"}));

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <system_error>
 
-#include "avatar/avatar_console.h"
 #include "json/json.h"
 #include "scene/console.h"
 
@@ -26,11 +25,11 @@ void InsertTexts(const JsonValue& array, std::unordered_set<std::string>& set) {
 // Checks one required member; prints the first fault found.
 bool IsNameArray(const JsonValue& root, const char* key, const char* missing, const char* invalid) {
     if (!root.Has(key)) {
-        StderrLine(missing);
+        ConsoleErrorText("%s\n", missing);
         return false;
     }
     if (root.Get(key).Kind() != kJsonArray) {
-        StderrLine(invalid);
+        ConsoleErrorText("%s\n", invalid);
         return false;
     }
     return true;
@@ -45,7 +44,7 @@ bool LoadRrsNodes(RrsNodeSets& sets) {
     JsonParser parser;
     const JsonValue root = parser.ParseFile(pathText);
     if (root.IsNullHandle() || root.Kind() == kJsonNull) {
-        StderrLine("Invalid rrs nodes json file");
+        ConsoleErrorText("Invalid rrs nodes json file\n");
         return false;
     }
     if (!IsNameArray(root, "ignore_node_keys", "ignore_node_keys not found in json",
@@ -62,6 +61,6 @@ bool LoadRrsNodes(RrsNodeSets& sets) {
 
 RrsNodeSets RequireRrsNodes() {
     RrsNodeSets sets;
-    if (!LoadRrsNodes(sets)) EndAvatarRun();
+    if (!LoadRrsNodes(sets)) EndRun();
     return sets;
 }

@@ -14,12 +14,6 @@ namespace {
 // Beyond this many distinct key times a rotation curve set is left as it is.
 constexpr size_t kMaxRotationKeys = size_t(1) << 22;
 
-double Unwrap(double angle, double previous) {
-    const double d = angle - previous;
-    if (!(std::fabs(d) > 180.0) || !std::isfinite(d)) return angle;
-    return angle - 360.0 * std::floor((d + 180.0) / 360.0);
-}
-
 struct AxisTurn {
     FbxAMatrix convert;  // the conversion matrix C
     FbxAMatrix turn;     // its rotation: C, or -C when C mirrors
@@ -56,7 +50,7 @@ void ConvertRotationCurves(FbxNode& node, FbxAnimLayer* layer, const FbxTransfor
             if (curves.curve[c]) r[c] = FbxCurveEvaluate(curves.curve[c], times[k], &index[c]);
         FbxVector4 turned = TurnRotation(record, a, r);
         if (k > 0)
-            for (int c = 0; c < 3; ++c) turned[c] = Unwrap(turned[c], previous[c]);
+            for (int c = 0; c < 3; ++c) turned[c] = FbxUnwrapDegrees(turned[c], previous[c]);
         previous = turned;
         for (int c = 0; c < 3; ++c) values[c].push_back(static_cast<float>(turned[c]));
     }

@@ -28,6 +28,12 @@ struct FbxLclCurves {
 // curve node and the missing channel curves.
 FbxLclCurves FbxFindLclCurves(FbxProperty property, FbxAnimLayer* layer, bool create);
 
+// Value of a double3 property at a finite time: the base layer's channels of the scene's
+// current stack (its first stack when none is current), with later non-muted layers
+// blended over them by their weight (additive layers add their weighted value).
+// Channels without a curve keep their curve node's value.
+FbxVector4 FbxAnimatedValue(FbxProperty property, FbxTime time);
+
 // Every animation layer of every stack of the scene, each once.
 std::vector<FbxAnimLayer*> FbxSceneLayers(FbxScene* scene);
 

@@ -3,7 +3,10 @@
 // object is a source of the document's root property.
 #pragma once
 
+#include "fbx/fbx_axis_system.h"
+#include "fbx/fbx_node_transform.h"
 #include "fbx/fbx_object.h"
+#include "fbx/fbx_system_unit.h"
 
 class FbxNode;
 class FbxAnimStack;
@@ -52,8 +55,22 @@ public:
     FbxProperty TimeMarker;  // compound
     FbxPropertyT<int> CurrentTimeMarker;
 
+    // Axis system and unit (fbx_axis_convert.cpp, fbx_unit_convert.cpp). GetAxisSystem
+    // rebuilds the cached copy from the properties, reading an axis outside 0 to 2 as 0
+    // and a sign as -1 when negative, else 1.
+    FbxAxisSystem GetAxisSystem();
+    void SetAxisSystem(const FbxAxisSystem& system);
+    void SetOriginalUpAxis(const FbxAxisSystem& system);
+    FbxSystemUnit GetSystemUnit() const;
+    void SetSystemUnit(const FbxSystemUnit& unit);
+    FbxSystemUnit GetOriginalSystemUnit() const;
+    void SetOriginalSystemUnit(const FbxSystemUnit& unit);
+
 protected:
     void ConstructProperties(bool forceSet) override;
+
+private:
+    FbxAxisSystem axisSystem_;
 };
 
 class FbxScene : public FbxDocument {
@@ -63,6 +80,8 @@ public:
     FbxGlobalSettings& GetGlobalSettings() const { return *globalSettings_; }
     FbxAnimStack* GetCurrentAnimationStack() const { return currentStack_; }
     void SetCurrentAnimationStack(FbxAnimStack* stack) { currentStack_ = stack; }
+    // Cache of the nodes' evaluated transforms.
+    FbxTransformEvaluator& GetTransformEvaluator() { return transformEvaluator_; }
 
     // Destroys every object of the scene and makes a fresh root node and global settings.
     void Clear() override;
@@ -74,4 +93,5 @@ private:
     FbxNode* rootNode_ = nullptr;
     FbxGlobalSettings* globalSettings_ = nullptr;
     FbxAnimStack* currentStack_ = nullptr;
+    FbxTransformEvaluator transformEvaluator_;
 };

@@ -7,9 +7,11 @@
 #include "fbx/fbx_deformer.h"
 #include "fbx/fbx_document.h"
 #include "fbx/fbx_geometry.h"
+#include "fbx/fbx_importer.h"
 #include "fbx/fbx_material.h"
 #include "fbx/fbx_misc_objects.h"
 #include "fbx/fbx_node.h"
+#include "fbx/fbx_property_table.h"
 
 namespace {
 
@@ -33,7 +35,7 @@ const FbxClassId* const kClasses[] = {
     &FbxCache::ClassId, &FbxImplementation::ClassId, &FbxBindingTable::ClassId, &FbxBindingOperator::ClassId,
     &FbxSelectionNode::ClassId, &FbxSelectionSet::ClassId, &FbxObjectMetaData::ClassId, &FbxAudioLayer::ClassId,
     &FbxAudio::ClassId, &FbxSceneReference::ClassId, &FbxCharacterPose::ClassId, &FbxIOSettings::ClassId,
-    &FbxIOBase::ClassId,
+    &FbxIOBase::ClassId, &FbxImporter::ClassId,
 };
 
 }  // namespace
@@ -76,6 +78,11 @@ const FbxClassId* FbxManager::FindClass(const char* recordName, const char* subT
 }
 
 FbxObject* FbxManager::CreateObject(const FbxClassId& classId, const char* name) {
+    auto known = classPrototypes_.find(&classId);
+    return CreateObject(classId, name, known == classPrototypes_.end() ? nullptr : known->second);
+}
+
+FbxObject* FbxManager::CreateObject(const FbxClassId& classId, const char* name, const FbxPropertyPrototype* prototype) {
     FbxObject* object = classId.Construct(*this, name);
     if (!object) return nullptr;
     object->uniqueId_ = nextUniqueId_++;
@@ -83,8 +90,22 @@ FbxObject* FbxManager::CreateObject(const FbxClassId& classId, const char* name)
     objects_.push_back(object);
     ++liveObjects_;
     if (object->Is<FbxDocument>()) documents_.push_back(static_cast<FbxDocument*>(object));
-    object->ConstructProperties(true);
+    if (prototype) {
+        object->properties_->UsePrototype(prototype);
+        object->replaying_ = true;
+        object->replayNext_ = 1;
+        object->ConstructProperties(true);
+        object->replaying_ = false;
+    } else {
+        object->ConstructProperties(true);
+        classPrototypes_.emplace(&classId, AdoptPrototype(object->properties_->MakePrototype()));
+    }
     return object;
+}
+
+const FbxPropertyPrototype* FbxManager::AdoptPrototype(std::unique_ptr<FbxPropertyPrototype> prototype) {
+    prototypes_.push_back(std::move(prototype));
+    return prototypes_.back().get();
 }
 
 FbxDocument* FbxManager::GetDocument(int index) const {

@@ -3,12 +3,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "fbx/fbx_object.h"
 
 class FbxDocument;
+struct FbxPropertyPrototype;
 
 // Import and export options as a property tree addressed by '|' paths, e.g.
 // "Import|AdvOptGrp|FileFormat|Fbx|Animation".
@@ -48,6 +51,10 @@ public:
 
     // Makes, registers and sets up (class properties) an object of any class.
     FbxObject* CreateObject(const FbxClassId& classId, const char* name);
+    // The same, starting from shared records that extend the class's own (a class with
+    // a file's template applied); the manager must own them (AdoptPrototype).
+    FbxObject* CreateObject(const FbxClassId& classId, const char* name, const FbxPropertyPrototype* prototype);
+    const FbxPropertyPrototype* AdoptPrototype(std::unique_ptr<FbxPropertyPrototype> prototype);
 
     void SetIOSettings(FbxIOSettings* settings) { ioSettings_ = settings; }
     FbxIOSettings* GetIOSettings() const { return ioSettings_; }
@@ -70,6 +77,9 @@ private:
     void Release(FbxObject* object);  // called by FbxObject::Destroy
 
     std::vector<const FbxClassId*> classes_;
+    // Shared class properties, made by the first object of each class.
+    std::unordered_map<const FbxClassId*, const FbxPropertyPrototype*> classPrototypes_;
+    std::vector<std::unique_ptr<FbxPropertyPrototype>> prototypes_;
     std::vector<FbxObject*> objects_;  // a destroyed object leaves a null slot
     size_t liveObjects_ = 0;
     uint64_t nextUniqueId_ = 0;

@@ -22,6 +22,7 @@ const FbxDouble3 kOne{1, 1, 1};
 }  // namespace
 
 void FbxNode::ConstructProperties(bool forceSet) {
+    ReserveProperties(80);
     ParentClass::ConstructProperties(forceSet);
     LclTranslation = AddProperty("Lcl Translation", FbxLocalTranslationDT, kZero, A);
     LclRotation = AddProperty("Lcl Rotation", FbxLocalRotationDT, kZero, A);

@@ -2,6 +2,7 @@
 // attributes that give a node its meaning (null, skeleton, camera, light...).
 #pragma once
 
+#include "fbx/fbx_node_transform.h"
 #include "fbx/fbx_object.h"
 
 class FbxNodeAttribute;
@@ -30,6 +31,30 @@ public:
     // Materials: the FbxSurfaceMaterial sources.
     int GetMaterialCount() const;
     FbxObject* GetMaterial(int index) const;
+
+    // Transform evaluation (fbx_node_eval.cpp, fbx_pivot_reset.cpp). Pivot set 0 mirrors
+    // the properties, set 1 is the destination of the pivot reset. The result is cached per
+    // node until the time changes or the scene's evaluator is reset.
+    enum EPivotSet { eSourcePivot = 0, eDestinationPivot = 1 };
+    FbxAMatrix& EvaluateGlobalTransform(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                        bool applyTarget = false, bool forceEval = false);
+    FbxAMatrix& EvaluateLocalTransform(FbxTime time = FbxTime::Infinite(), EPivotSet pivotSet = eSourcePivot,
+                                       bool applyTarget = false, bool forceEval = false);
+    FbxVector4 GetRotationOffset(EPivotSet pivotSet) const;
+    FbxVector4 GetRotationPivot(EPivotSet pivotSet) const;
+    FbxVector4 GetPreRotation(EPivotSet pivotSet) const;
+    FbxVector4 GetPostRotation(EPivotSet pivotSet) const;
+    FbxVector4 GetScalingOffset(EPivotSet pivotSet) const;
+    FbxVector4 GetScalingPivot(EPivotSet pivotSet) const;
+    void UpdatePivotsFromProperties();
+    void ResetPivotSetAndConvertAnimation(double frameRate = 30.0, bool keyReduce = false, bool toNodeCenter = true,
+                                          bool forceResetLimits = false);
+    // Pivot sets and cache; pivot set 0 is taken from the properties on first use.
+    FbxNodeTransformState& GetTransformState() const;
+    // The working record of a pivot set with the rotation order and inherit type of the
+    // properties.
+    FbxTransformRecord MakeTransformRecord(EPivotSet pivotSet) const;
+    FbxTransformEvaluator& GetTransformEvaluator() const;
 
     EShadingMode shadingMode = eHardShading;
     ECullingType cullingType = eCullingOff;
@@ -86,6 +111,14 @@ public:
 
 protected:
     void ConstructProperties(bool forceSet) override;
+
+private:
+    void EvaluateTRS(FbxTime time, FbxVector4& t, FbxVector4& r, FbxVector4& s) const;
+    void EvaluateTransforms(FbxTime time, EPivotSet pivotSet, bool forceEval);
+
+    mutable FbxNodeTransformState transformState_;
+    // Results for pivot set 1, which are not cached.
+    FbxAMatrix otherSetGlobal_, otherSetLocal_;
 };
 
 class FbxNodeAttribute : public FbxObject {

@@ -2,7 +2,7 @@
 #include <atomic>
 #include <vector>
 
-#include "fbx/fbx_anim.h"
+#include "fbx/fbx_curve_edit.h"
 #include "fbx/fbx_document.h"
 #include "fbx/fbx_node.h"
 
@@ -33,46 +33,6 @@ FbxLimits ReadLimits(const FbxPropertyT<bool>& active, const FbxPropertyT<bool> 
     limits.min = Read3(min);
     limits.max = Read3(max);
     return limits;
-}
-
-// Value of one Lcl property at a finite time: the base layer's channels of the current
-// stack, with later non-muted layers blended over them by their weight (additive layers
-// add their weighted value). Channels without a curve give their own value.
-FbxVector4 AnimatedValue(const FbxNode& node, FbxPropertyT<FbxDouble3> property, FbxTime time) {
-    FbxVector4 value = Read3(property);
-    FbxScene* scene = node.GetScene();
-    FbxAnimStack* stack = scene ? scene->GetCurrentAnimationStack() : nullptr;
-    if (!stack && scene) stack = scene->GetSrcObject<FbxAnimStack>(0);
-    if (!stack) return value;
-    bool first = true;
-    const int layerCount = stack->GetSrcObjectCount<FbxAnimLayer>();
-    for (int l = 0; l < layerCount; ++l) {
-        FbxAnimLayer* layer = stack->GetSrcObject<FbxAnimLayer>(l);
-        if (!layer || layer->Mute.Get()) continue;
-        FbxAnimCurveNode* curveNode = property.GetCurveNode(layer, false);
-        if (!curveNode) continue;
-        FbxVector4 layerValue = value;
-        static const char* const kChannels[3] = {"X", "Y", "Z"};
-        for (int c = 0; c < 3; ++c) {
-            FbxAnimCurve* curve = property.GetCurve(layer, property.GetName(), kChannels[c], false);
-            if (curve) {
-                layerValue[c] = curve->Evaluate(time);
-            } else {
-                const int channel = curveNode->GetChannelIndex(kChannels[c]);
-                if (channel >= 0) layerValue[c] = curveNode->GetChannelValue(channel, layerValue[c]);
-            }
-        }
-        if (first) {
-            value = layerValue;
-            first = false;
-            continue;
-        }
-        const double weight = layer->Weight.Get() / 100.0;
-        for (int c = 0; c < 3; ++c)
-            value[c] = layer->BlendMode.Get() == 1 ? value[c] + weight * layerValue[c]
-                                                   : value[c] + weight * (layerValue[c] - value[c]);
-    }
-    return value;
 }
 
 }  // namespace
@@ -173,9 +133,9 @@ void FbxNode::EvaluateTRS(FbxTime time, FbxVector4& t, FbxVector4& r, FbxVector4
         r = Read3(LclRotation);
         s = Read3(LclScaling);
     } else {
-        t = AnimatedValue(*this, LclTranslation, time);
-        r = AnimatedValue(*this, LclRotation, time);
-        s = AnimatedValue(*this, LclScaling, time);
+        t = FbxAnimatedValue(LclTranslation, time);
+        r = FbxAnimatedValue(LclRotation, time);
+        s = FbxAnimatedValue(LclScaling, time);
     }
 }
 

@@ -41,11 +41,11 @@ namespace {
 // Every end of every connection of the object, in both directions.
 void DisconnectAll(FbxObject* object, FbxPropertyTable& table) {
     for (uint32_t id = 0; id < table.Size(); ++id) {
-        if (!table[id].links) continue;
+        if (!table.Read(id).links) continue;
         FbxProperty self(&table, id);
-        std::vector<FbxProperty> sources = table[id].links->sources;
+        std::vector<FbxProperty> sources = table.Read(id).links->sources;
         for (const FbxProperty& s : sources) self.DisconnectSrcProperty(s);
-        std::vector<FbxProperty> destinations = table[id].links->destinations;
+        std::vector<FbxProperty> destinations = table.Read(id).links->destinations;
         for (const FbxProperty& d : destinations) self.DisconnectDstProperty(d);
     }
     (void)object;
@@ -117,12 +117,19 @@ FbxProperty FbxObject::FindPropertyHierarchical(const char* name, bool caseSensi
 int FbxObject::GetPropertyCount() const { return static_cast<int>(properties_->Size()) - 1; }
 
 FbxProperty FbxObject::AddProperty(const char* name, const FbxDataType& type, uint32_t flags) {
-    FbxProperty p = FbxProperty::Create(RootProperty, type, name);
+    // Replaying over a shared prototype: the k-th property of the class has id k.
+    if (replaying_) return FbxProperty(properties_.get(), replayNext_++);
+    // Class properties have names of their own: no search for an existing one, which
+    // would cost a walk of the class's list per property.
+    FbxProperty p(properties_.get(), properties_->Add(0, name, type));
     p.SetFlags(flags);
     return p;
 }
 
+void FbxObject::ReserveProperties(size_t count) { properties_->Reserve(count); }
+
 void FbxObject::SetDefault(FbxProperty& property, const void* value, EFbxType type) {
+    if (!property.IsValid() || property.table_->Owner()->replaying_) return;
     if (!property.Set(value, type, false)) return;
-    (*property.table_)[property.id_].state &= ~FbxPropertyRecord::ValueSet;
+    property.table_->Write(property.id_).state &= ~FbxPropertyRecord::ValueSet;
 }

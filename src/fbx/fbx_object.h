@@ -126,8 +126,10 @@ protected:
     // Makes the class's own properties; each override calls its parent's first.
     virtual void ConstructProperties(bool forceSet);
 
+    // Room for the class's properties, made before the first is added.
+    void ReserveProperties(size_t count);
     // A class default: a child of the root with its value and flags, the value not
-    // counted as set on the object.
+    // counted as set on the object. The name must not be one the class has already.
     FbxProperty AddProperty(const char* name, const FbxDataType& type, uint32_t flags = 0);
     template <class T>
     FbxPropertyT<T> AddProperty(const char* name, const FbxDataType& type, const T& defaultValue, uint32_t flags = 0) {
@@ -145,4 +147,8 @@ private:
     FbxDocument* document_ = nullptr;
     std::unique_ptr<FbxPropertyTable> properties_;
     size_t managerSlot_ = 0;
+    // While the class's properties are made again over a shared prototype, AddProperty
+    // only hands out the ids the prototype has.
+    bool replaying_ = false;
+    uint32_t replayNext_ = 1;
 };

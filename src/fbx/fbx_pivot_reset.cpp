@@ -15,13 +15,6 @@ namespace {
 // a node's curves are left as they are rather than resampled.
 constexpr uint64_t kMaxSamples = uint64_t(1) << 20;
 
-// `angle` moved by whole turns to within 180 degrees of `previous`.
-double Unwrap(double angle, double previous) {
-    const double d = angle - previous;
-    if (!(std::fabs(d) > 180.0) || !std::isfinite(d)) return angle;
-    return angle - 360.0 * std::floor((d + 180.0) / 360.0);
-}
-
 // The node and everything below it, parents before children, each node once.
 std::vector<FbxNode*> Subtree(FbxNode* top) {
     std::vector<FbxNode*> nodes{top};
@@ -121,7 +114,7 @@ void ResampleLayer(FbxNode& node, FbxAnimLayer* layer, const Composer& composer,
         }
         changed = composer.Convert(trs[0], trs[1], trs[2]) || changed;
         if (k > 0)
-            for (int c = 0; c < 3; ++c) trs[1][c] = Unwrap(trs[1][c], previousR[c]);
+            for (int c = 0; c < 3; ++c) trs[1][c] = FbxUnwrapDegrees(trs[1][c], previousR[c]);
         previousR = trs[1];
         for (int p = 0; p < 3; ++p)
             for (int c = 0; c < 3; ++c) values[p][c].push_back(static_cast<float>(trs[p][c]));

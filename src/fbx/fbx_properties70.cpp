@@ -90,7 +90,7 @@ void ReadValue(FbxFieldStream& stream, FbxProperty& property) {
         float v = stream.ReadFloat();
         property.Set(&v, eFbxFloat);
         std::string unit = stream.ReadString();
-        (*property.GetTable())[property.GetId()].text = unit;
+        property.GetTable()->Write(property.GetId()).text = unit;
         break;
     }
     default: break;  // undefined and reference types carry no value
@@ -218,19 +218,23 @@ void FbxApplyTemplate(FbxObject& object, const FbxObject& templateObject) {
     std::vector<uint32_t> mapped(from.Size(), FbxPropertyRecord::None);
     mapped[0] = 0;
     for (uint32_t id = 1; id < from.Size(); ++id) {
-        const FbxPropertyRecord& t = from[id];
+        const FbxPropertyRecord& t = from.Read(id);
         uint32_t parent = t.parent < id ? mapped[t.parent] : FbxPropertyRecord::None;
         if (parent == FbxPropertyRecord::None) continue;
         uint32_t target = FbxPropertyRecord::None;
-        if (id < to.Size() && to[id].parent == parent && to[id].name == t.name)
+        if (id < to.Size() && to.Read(id).parent == parent && to.Read(id).name == t.name)
             target = id;
         else
             target = to.FindChild(parent, t.name.c_str(), t.name.size(), true);
         if (target == FbxPropertyRecord::None) target = to.Add(parent, t.name.c_str(), t.type);
         mapped[id] = target;
-        FbxPropertyRecord& o = to[target];
-        if (t.type.HasValue() && !(o.state & FbxPropertyRecord::ValueSet) &&
-            o.type.GetType() == t.type.GetType()) {
+        const FbxPropertyRecord& current = to.Read(target);
+        bool copyValue = t.type.HasValue() && !(current.state & FbxPropertyRecord::ValueSet) &&
+                         current.type.GetType() == t.type.GetType();
+        bool addFlags = (t.flags & FbxPropertyFlag::AllFlags & ~current.flags) != 0;
+        if (!copyValue && !addFlags) continue;
+        FbxPropertyRecord& o = to.Write(target);
+        if (copyValue) {
             o.num = t.num;
             o.text = t.text;
             if (t.extra) {

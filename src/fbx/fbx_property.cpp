@@ -226,31 +226,116 @@ bool SameStored(const FbxPropertyRecord& a, const Value& v) {
 
 // ---- FbxPropertyTable ----
 
+namespace {
+// Root children an object adds before they are looked up through an index.
+constexpr uint32_t kIndexedChildren = 16;
+}  // namespace
+
+FbxPropertyRecord FbxPropertyRecord::CopyWithoutLinks() const {
+    FbxPropertyRecord r;
+    r.name = name;
+    r.type = type;
+    r.flags = flags;
+    r.state = state;
+    r.parent = parent;
+    r.firstChild = firstChild;
+    r.lastChild = lastChild;
+    r.nextSibling = nextSibling;
+    r.num = num;
+    r.text = text;
+    if (extra) r.extra = std::make_unique<FbxPropertyExtra>(*extra);
+    return r;
+}
+
 FbxPropertyTable::FbxPropertyTable(FbxObject* owner) : owner_(owner) {
-    records_.emplace_back();  // the root: empty name, no type
+    added_.emplace_back();  // the root: empty name, no type
+}
+
+FbxPropertyRecord& FbxPropertyTable::Write(uint32_t id) {
+    if (id >= base_) return added_[id - base_];
+    if (slots_.empty()) slots_.assign(base_, 0);
+    if (slots_[id] == 0) {
+        own_.push_back(prototype_->records[id].CopyWithoutLinks());
+        slots_[id] = static_cast<uint32_t>(own_.size());
+    }
+    return own_[slots_[id] - 1];
 }
 
 uint32_t FbxPropertyTable::Add(uint32_t parent, const char* name, const FbxDataType& type) {
-    uint32_t id = static_cast<uint32_t>(records_.size());
-    records_.emplace_back();
-    FbxPropertyRecord& r = records_.back();
+    uint32_t id = Size();
+    added_.emplace_back();
+    FbxPropertyRecord& r = added_.back();
     r.name = name;
     r.type = type;
     r.parent = parent;
-    FbxPropertyRecord& p = records_[parent];
-    if (p.lastChild == FbxPropertyRecord::None)
-        p.firstChild = id;
+    uint32_t last = Read(parent).lastChild;
+    if (last == FbxPropertyRecord::None)
+        Write(parent).firstChild = id;
     else
-        records_[p.lastChild].nextSibling = id;
-    p.lastChild = id;
+        Write(last).nextSibling = id;
+    Write(parent).lastChild = id;
+    if (parent == 0) {
+        ++addedRootChildren_;
+        if (addedRootIndex_) {
+            addedRootIndex_->emplace(name, id);
+        } else if (addedRootChildren_ >= kIndexedChildren) {
+            addedRootIndex_ = std::make_unique<std::unordered_map<std::string, uint32_t>>();
+            uint32_t last = prototype_ ? prototype_->lastRootChild : FbxPropertyRecord::None;
+            uint32_t first = last == FbxPropertyRecord::None ? Read(0).firstChild : Read(last).nextSibling;
+            for (uint32_t c = first; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
+                addedRootIndex_->emplace(Read(c).name, c);
+        }
+    }
     return id;
 }
 
 uint32_t FbxPropertyTable::FindChild(uint32_t parent, const char* name, size_t length, bool caseSensitive) const {
     std::string_view wanted(name, length);
-    for (uint32_t c = records_[parent].firstChild; c != FbxPropertyRecord::None; c = records_[c].nextSibling)
-        if (SameName(records_[c].name, wanted, caseSensitive)) return c;
+    uint32_t first = Read(parent).firstChild;
+    if (parent == 0 && prototype_ && caseSensitive) {
+        // The class's own children by name; the object's additions follow them.
+        auto it = prototype_->rootChildren.find(wanted);
+        if (it != prototype_->rootChildren.end()) return it->second;
+        uint32_t last = prototype_->lastRootChild;
+        first = last == FbxPropertyRecord::None ? first : Read(last).nextSibling;
+    }
+    if (parent == 0 && addedRootIndex_ && caseSensitive) {
+        // Every root child the prototype does not hold is in the index.
+        auto it = addedRootIndex_->find(std::string(wanted));
+        return it == addedRootIndex_->end() ? FbxPropertyRecord::None : it->second;
+    }
+    for (uint32_t c = first; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
+        if (SameName(Read(c).name, wanted, caseSensitive)) return c;
     return FbxPropertyRecord::None;
+}
+
+void FbxPropertyTable::UsePrototype(const FbxPropertyPrototype* prototype) {
+    if (!prototype || prototype->records.empty() || Size() != 1 || own_.size() != 0) return;
+    // The root stays the object's own: it is the end of every connection.
+    FbxPropertyRecord root = std::move(added_[0]);
+    added_.clear();
+    prototype_ = prototype;
+    base_ = static_cast<uint32_t>(prototype->records.size());
+    slots_.assign(base_, 0);
+    own_.push_back(prototype->records[0].CopyWithoutLinks());
+    own_.back().links = std::move(root.links);
+    slots_[0] = 1;
+}
+
+std::unique_ptr<FbxPropertyPrototype> FbxPropertyTable::MakePrototype() const {
+    auto prototype = std::make_unique<FbxPropertyPrototype>();
+    prototype->records.reserve(Size());
+    for (uint32_t id = 0; id < Size(); ++id) {
+        prototype->records.push_back(Read(id).CopyWithoutLinks());
+        prototype->records.back().state &= ~FbxPropertyRecord::ValueSet;
+    }
+    // The records stay where they are from here on, so their names can be the keys.
+    const std::vector<FbxPropertyRecord>& records = prototype->records;
+    for (uint32_t c = records[0].firstChild; c != FbxPropertyRecord::None; c = records[c].nextSibling) {
+        prototype->rootChildren.emplace(records[c].name, c);
+        prototype->lastRootChild = c;
+    }
+    return prototype;
 }
 
 // ---- FbxCriteria ----
@@ -262,18 +347,17 @@ bool FbxCriteria::Matches(const FbxObject* object) const {
 // ---- FbxProperty: tree and names ----
 
 FbxProperty FbxProperty::Create(const FbxProperty& parent, const FbxDataType& type, const char* name, const char* label,
-                                bool forceSet, bool* wasFound) {
+                                bool /*forceSet*/, bool* wasFound) {
     if (wasFound) *wasFound = false;
     if (!parent.IsValid() || !name || !parent.table_->Has(parent.id_)) return FbxProperty();
     FbxPropertyTable& t = *parent.table_;
     uint32_t found = t.FindChild(parent.id_, name, std::strlen(name), true);
     if (found != FbxPropertyRecord::None) {
         if (wasFound) *wasFound = true;
-        if (forceSet && type.Valid() && t[found].type != type) t[found].type = type;
         return FbxProperty(&t, found);
     }
     uint32_t id = t.Add(parent.id_, name, type);
-    if (label && *label) t[id].Extra().label = label;
+    if (label && *label) t.Write(id).Extra().label = label;
     return FbxProperty(&t, id);
 }
 
@@ -291,16 +375,16 @@ FbxObject* FbxProperty::GetFbxObject() const { return IsValid() ? table_->Owner(
 const char* FbxProperty::GetName() const {
     if (!IsValid() || !table_->Has(id_)) return "";
     if (id_ == 0) return table_->Owner()->GetName();
-    return (*table_)[id_].name.c_str();
+    return table_->Read(id_).name.c_str();
 }
 
 std::string FbxProperty::GetHierarchicalName() const {
     if (!IsValid() || !table_->Has(id_) || id_ == 0) return std::string();
     std::vector<uint32_t> chain;
-    for (uint32_t c = id_; c != 0 && c != FbxPropertyRecord::None; c = (*table_)[c].parent) chain.push_back(c);
+    for (uint32_t c = id_; c != 0 && c != FbxPropertyRecord::None; c = table_->Read(c).parent) chain.push_back(c);
     std::string name;
     for (size_t k = chain.size(); k-- > 0;) {
-        name += (*table_)[chain[k]].name;
+        name += table_->Read(chain[k]).name;
         if (k) name += '|';
     }
     return name;
@@ -308,33 +392,33 @@ std::string FbxProperty::GetHierarchicalName() const {
 
 const char* FbxProperty::GetLabel() const {
     if (!IsValid() || !table_->Has(id_)) return "";
-    const FbxPropertyRecord& r = (*table_)[id_];
+    const FbxPropertyRecord& r = table_->Read(id_);
     return r.extra ? r.extra->label.c_str() : "";
 }
 
 void FbxProperty::SetLabel(const char* label) {
-    if (IsValid() && table_->Has(id_)) (*table_)[id_].Extra().label = label ? label : "";
+    if (IsValid() && table_->Has(id_)) table_->Write(id_).Extra().label = label ? label : "";
 }
 
 FbxDataType FbxProperty::GetPropertyDataType() const {
-    return IsValid() && table_->Has(id_) ? (*table_)[id_].type : FbxDataType();
+    return IsValid() && table_->Has(id_) ? table_->Read(id_).type : FbxDataType();
 }
 
 FbxProperty FbxProperty::GetParent() const {
     if (!IsValid() || !table_->Has(id_)) return FbxProperty();
-    uint32_t p = (*table_)[id_].parent;
+    uint32_t p = table_->Read(id_).parent;
     return p == FbxPropertyRecord::None ? FbxProperty() : FbxProperty(table_, p);
 }
 
 FbxProperty FbxProperty::GetChild() const {
     if (!IsValid() || !table_->Has(id_)) return FbxProperty();
-    uint32_t c = (*table_)[id_].firstChild;
+    uint32_t c = table_->Read(id_).firstChild;
     return c == FbxPropertyRecord::None ? FbxProperty() : FbxProperty(table_, c);
 }
 
 FbxProperty FbxProperty::GetSibling() const {
     if (!IsValid() || !table_->Has(id_)) return FbxProperty();
-    uint32_t s = (*table_)[id_].nextSibling;
+    uint32_t s = table_->Read(id_).nextSibling;
     return s == FbxPropertyRecord::None ? FbxProperty() : FbxProperty(table_, s);
 }
 
@@ -361,30 +445,30 @@ FbxProperty FbxProperty::Find(const char* name, const char* separator, bool case
 
 // ---- flags ----
 
-uint32_t FbxProperty::GetFlags() const { return IsValid() && table_->Has(id_) ? (*table_)[id_].flags : 0; }
+uint32_t FbxProperty::GetFlags() const { return IsValid() && table_->Has(id_) ? table_->Read(id_).flags : 0; }
 
 void FbxProperty::ModifyFlag(uint32_t flag, bool value) {
     if (!IsValid() || !table_->Has(id_)) return;
-    uint32_t& f = (*table_)[id_].flags;
+    uint32_t& f = table_->Write(id_).flags;
     f = value ? (f | flag) : (f & ~flag);
 }
 
 void FbxProperty::SetFlags(uint32_t flags) {
-    if (IsValid() && table_->Has(id_)) (*table_)[id_].flags = flags;
+    if (IsValid() && table_->Has(id_)) table_->Write(id_).flags = flags;
 }
 
 // ---- values ----
 
 bool FbxProperty::Get(void* out, EFbxType type) const {
     if (!IsValid() || !out || !table_->Has(id_)) return false;
-    const FbxPropertyRecord& r = (*table_)[id_];
+    const FbxPropertyRecord& r = table_->Read(id_);
     if (!r.type.HasValue()) return false;
     return ToCaller(FromRecord(r), out, type);
 }
 
 bool FbxProperty::Set(const void* in, EFbxType type, bool checkValueEquality) {
     if (!IsValid() || !in || !table_->Has(id_)) return false;
-    FbxPropertyRecord& r = (*table_)[id_];
+    FbxPropertyRecord& r = table_->Write(id_);
     if (!r.type.HasValue()) return false;
     Value v = FromCaller(in, type);
     if (checkValueEquality && (r.state & FbxPropertyRecord::ValueSet) && StorageOf(r.type.GetType()) == v.storage &&
@@ -397,14 +481,14 @@ bool FbxProperty::Set(const void* in, EFbxType type, bool checkValueEquality) {
 }
 
 bool FbxProperty::IsValueSet() const {
-    return IsValid() && table_->Has(id_) && ((*table_)[id_].state & FbxPropertyRecord::ValueSet) != 0;
+    return IsValid() && table_->Has(id_) && (table_->Read(id_).state & FbxPropertyRecord::ValueSet) != 0;
 }
 
 void FbxProperty::CopyValue(const FbxProperty& from) {
     if (!IsValid() || !from.IsValid() || !table_->Has(id_) || !from.table_->Has(from.id_)) return;
     if (*this == from) return;
-    const FbxPropertyRecord& s = (*from.table_)[from.id_];
-    FbxPropertyRecord& d = (*table_)[id_];
+    const FbxPropertyRecord& s = from.table_->Read(from.id_);
+    FbxPropertyRecord& d = table_->Write(id_);
     d.type = s.type;
     d.num = s.num;
     d.text = s.text;
@@ -419,24 +503,24 @@ void FbxProperty::CopyValue(const FbxProperty& from) {
 // ---- limits and enums ----
 
 bool FbxProperty::HasMinLimit() const {
-    return IsValid() && table_->Has(id_) && (*table_)[id_].extra && (*table_)[id_].extra->hasMin;
+    return IsValid() && table_->Has(id_) && table_->Read(id_).extra && table_->Read(id_).extra->hasMin;
 }
 bool FbxProperty::HasMaxLimit() const {
-    return IsValid() && table_->Has(id_) && (*table_)[id_].extra && (*table_)[id_].extra->hasMax;
+    return IsValid() && table_->Has(id_) && table_->Read(id_).extra && table_->Read(id_).extra->hasMax;
 }
-double FbxProperty::GetMinLimit() const { return HasMinLimit() ? (*table_)[id_].extra->minValue : 0.0; }
-double FbxProperty::GetMaxLimit() const { return HasMaxLimit() ? (*table_)[id_].extra->maxValue : 0.0; }
+double FbxProperty::GetMinLimit() const { return HasMinLimit() ? table_->Read(id_).extra->minValue : 0.0; }
+double FbxProperty::GetMaxLimit() const { return HasMaxLimit() ? table_->Read(id_).extra->maxValue : 0.0; }
 
 void FbxProperty::SetMinLimit(double value) {
     if (!IsValid() || !table_->Has(id_)) return;
-    FbxPropertyExtra& e = (*table_)[id_].Extra();
+    FbxPropertyExtra& e = table_->Write(id_).Extra();
     e.hasMin = true;
     e.minValue = value;
 }
 
 void FbxProperty::SetMaxLimit(double value) {
     if (!IsValid() || !table_->Has(id_)) return;
-    FbxPropertyExtra& e = (*table_)[id_].Extra();
+    FbxPropertyExtra& e = table_->Write(id_).Extra();
     e.hasMax = true;
     e.maxValue = value;
 }
@@ -445,27 +529,27 @@ int FbxProperty::AddEnumValue(const char* text) {
     if (!IsValid() || !table_->Has(id_) || !text) return -1;
     EFbxType type = GetType();
     if (type != eFbxEnum && type != eFbxEnumM) return -1;
-    std::vector<std::string>& values = (*table_)[id_].Extra().enumValues;
+    std::vector<std::string>& values = table_->Write(id_).Extra().enumValues;
     values.emplace_back(text);
     return static_cast<int>(values.size()) - 1;
 }
 
 int FbxProperty::GetEnumCount() const {
     if (!IsValid() || !table_->Has(id_)) return 0;
-    const FbxPropertyRecord& r = (*table_)[id_];
+    const FbxPropertyRecord& r = table_->Read(id_);
     return r.extra ? static_cast<int>(r.extra->enumValues.size()) : 0;
 }
 
 const char* FbxProperty::GetEnumValue(int index) const {
     if (index < 0 || index >= GetEnumCount()) return "";
-    return (*table_)[id_].extra->enumValues[static_cast<size_t>(index)].c_str();
+    return table_->Read(id_).extra->enumValues[static_cast<size_t>(index)].c_str();
 }
 
 // ---- connections ----
 
 void FbxProperty::Link(const FbxProperty& source, const FbxProperty& destination) {
-    (*source.table_)[source.id_].Links().destinations.push_back(destination);
-    (*destination.table_)[destination.id_].Links().sources.push_back(source);
+    source.table_->Write(source.id_).Links().destinations.push_back(destination);
+    destination.table_->Write(destination.id_).Links().sources.push_back(source);
     if (destination.id_ == 0 && source.id_ == 0) destination.table_->Owner()->OnSrcObjectConnected(source.table_->Owner());
 }
 
@@ -482,8 +566,10 @@ bool FbxProperty::Unlink(const FbxProperty& source, const FbxProperty& destinati
             }
         return false;
     };
-    bool a = removeLast((*source.table_)[source.id_].links, false, destination);
-    bool b = removeLast((*destination.table_)[destination.id_].links, true, source);
+    // Records without links are left shared: nothing to remove there.
+    bool a = source.table_->Read(source.id_).links && removeLast(source.table_->Write(source.id_).links, false, destination);
+    bool b = destination.table_->Read(destination.id_).links &&
+             removeLast(destination.table_->Write(destination.id_).links, true, source);
     return a && b;
 }
 
@@ -549,13 +635,13 @@ bool FbxProperty::DisconnectDstProperty(const FbxProperty& property) {
 
 const std::vector<FbxProperty>& FbxProperty::Sources() const {
     if (!IsValid() || !table_->Has(id_)) return kNoLinks;
-    const FbxPropertyRecord& r = (*table_)[id_];
+    const FbxPropertyRecord& r = table_->Read(id_);
     return r.links ? r.links->sources : kNoLinks;
 }
 
 const std::vector<FbxProperty>& FbxProperty::Destinations() const {
     if (!IsValid() || !table_->Has(id_)) return kNoLinks;
-    const FbxPropertyRecord& r = (*table_)[id_];
+    const FbxPropertyRecord& r = table_->Read(id_);
     return r.links ? r.links->destinations : kNoLinks;
 }
 

@@ -50,7 +50,7 @@ public:
     FbxProperty(FbxPropertyTable* table, uint32_t id) : table_(table), id_(id) {}
 
     // Creates a child of parent (or of the object's root), or finds the existing one of
-    // that name. With forceSet false an existing property of another type is not changed.
+    // that name, which keeps its type.
     static FbxProperty Create(const FbxProperty& parent, const FbxDataType& type, const char* name,
                               const char* label = "", bool forceSet = true, bool* wasFound = nullptr);
     static FbxProperty Create(FbxObject* object, const FbxDataType& type, const char* name,

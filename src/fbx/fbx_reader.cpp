@@ -429,19 +429,22 @@ void FbxReader::BindCurveNodes() {
 
 void FbxReader::BreakNodeCycles() {
     // Depth-first over child -> parent edges with three colours; an edge into a node
-    // still on the path closes a cycle and is removed. Iterative, so that a deep chain
-    // does not exhaust the stack.
+    // still on the path closes a cycle. The edge cut is the closing one, unless that is
+    // its child's first parent (the one GetParent reports) and another edge of the
+    // cycle is not: then the latest such edge goes, so a node keeps the parent it was
+    // given first. Iterative, so that a deep chain does not exhaust the stack.
     std::unordered_map<FbxNode*, uint8_t> colour;  // 1 on the path, 2 done
     std::vector<FbxNode*> nodes;
     for (const auto& entry : objectsById_)
         if (entry.second->Is<FbxNode>()) nodes.push_back(static_cast<FbxNode*>(entry.second));
     struct Frame {
         FbxNode* node;
-        int next;
+        int next;  // index among the node's parents of the edge being followed
     };
+    std::vector<Frame> path;
     for (FbxNode* start : nodes) {
         if (colour[start]) continue;
-        std::vector<Frame> path{{start, 0}};
+        path.assign(1, Frame{start, 0});
         colour[start] = 1;
         while (!path.empty()) {
             Frame& f = path.back();
@@ -451,16 +454,38 @@ void FbxReader::BreakNodeCycles() {
                 path.pop_back();
                 continue;
             }
-            uint8_t& c = colour[parent];
-            if (c == 1) {
-                f.node->DisconnectDstObject(parent);  // the same index now holds the next parent
-            } else {
+            uint8_t c = colour[parent];
+            if (c == 0) {
                 ++f.next;
-                if (c == 0) {
-                    c = 1;
-                    path.push_back({parent, 0});
+                colour[parent] = 1;
+                path.push_back({parent, 0});
+                continue;
+            }
+            if (c == 2) {
+                ++f.next;
+                continue;
+            }
+            // A cycle: path[k] is the parent, path.back() the child of the closing edge.
+            size_t k = path.size() - 1;
+            while (path[k].node != parent) --k;
+            size_t cut = path.size() - 1;  // frame whose current edge is cut
+            if (f.next == 0) {
+                for (size_t j = path.size() - 1; j-- > k;) {
+                    if (path[j].next - 1 != 0) {  // path[j] follows its parent at next - 1
+                        cut = j;
+                        break;
+                    }
                 }
             }
+            if (cut == path.size() - 1) {
+                f.node->DisconnectDstObject(parent);  // the same index now holds the next parent
+                continue;
+            }
+            Frame& g = path[cut];
+            --g.next;
+            g.node->DisconnectDstObject(g.node->GetDstObject<FbxNode>(g.next));
+            for (size_t j = cut + 1; j < path.size(); ++j) colour[path[j].node] = 0;
+            path.resize(cut + 1);
         }
     }
 }

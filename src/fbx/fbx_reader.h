@@ -22,6 +22,7 @@ class FbxIOSettings;
 class FbxClassId;
 class FbxManager;
 struct FbxLayerElement;
+struct FbxPropertyPrototype;
 
 // Import options, read once from the settings tree when an import starts.
 struct FbxReaderOptions {
@@ -124,6 +125,8 @@ private:
     std::unordered_map<const FbxObject*, int64_t> idsByObject_;
     std::unordered_map<std::string, FbxNode*> objectsByName_;
     std::map<const FbxClassId*, FbxObject*> templates_;
+    // Per class: its properties with the template applied, shared by its objects.
+    std::map<const FbxClassId*, const FbxPropertyPrototype*> templated_;
     std::vector<std::string> objectTypes_;
     std::vector<FbxObject*> poses_;
 };

@@ -13,6 +13,7 @@
 #include "fbx/fbx_misc_objects.h"
 #include "fbx/fbx_node.h"
 #include "fbx/fbx_properties70.h"
+#include "fbx/fbx_property_table.h"
 #include "fbx/fbx_reader.h"
 
 namespace {
@@ -128,17 +129,30 @@ void FbxReader::BadArrayValue(const char* prefix, const char* arrayName) {
 }
 
 FbxObject* FbxReader::Create(const FbxClassId& classId, const std::string& name, int64_t id, bool addToDocument) {
-    FbxObject* object = manager_->CreateObject(classId, name.c_str());
-    if (!object) return nullptr;
     // The nearest class with a template gives the starting values, so that a curve
-    // (made as a KF curve) takes the template of FbxAnimCurve.
-    for (const FbxClassId* c = &classId; c; c = c->GetParent()) {
+    // (made as a KF curve) takes the template of FbxAnimCurve. The first object of a
+    // class takes the template property by property; the others share the result.
+    const FbxObject* templ = nullptr;
+    for (const FbxClassId* c = &classId; c && !templ; c = c->GetParent()) {
         auto it = templates_.find(c);
-        if (it != templates_.end()) {
-            FbxApplyTemplate(*object, *it->second);
-            break;
+        if (it != templates_.end()) templ = it->second;
+    }
+    FbxObject* object = nullptr;
+    if (!templ) {
+        object = manager_->CreateObject(classId, name.c_str());
+    } else {
+        auto shared = templated_.find(&classId);
+        if (shared != templated_.end()) {
+            object = manager_->CreateObject(classId, name.c_str(), shared->second);
+        } else {
+            object = manager_->CreateObject(classId, name.c_str());
+            if (object) {
+                FbxApplyTemplate(*object, *templ);
+                templated_.emplace(&classId, manager_->AdoptPrototype(object->RootProperty.GetTable()->MakePrototype()));
+            }
         }
     }
+    if (!object) return nullptr;
     if (addToDocument) {
         document_->ConnectSrcObject(object);
         object->SetDocument(document_);

@@ -171,3 +171,9 @@ FbxAMatrix FbxComposeGlobal(const FbxTransformRecord& record, const FbxVector4& 
     g.SetT(p.MultT(translation));
     return g;
 }
+
+double FbxUnwrapDegrees(double degrees, double previous) {
+    const double d = degrees - previous;
+    if (!(std::fabs(d) > 180.0) || !std::isfinite(d)) return degrees;
+    return degrees - 360.0 * std::floor((d + 180.0) / 360.0);
+}

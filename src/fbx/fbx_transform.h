@@ -104,3 +104,7 @@ FbxAMatrix FbxComposeLocal(const FbxTransformRecord& record, const FbxVector4& t
 // own evaluated Lcl Scaling `parentScaling` enter by the inherit type.
 FbxAMatrix FbxComposeGlobal(const FbxTransformRecord& record, const FbxVector4& t, const FbxVector4& r,
                             const FbxVector4& s, const FbxAMatrix* parentGlobal, const FbxVector4& parentScaling);
+
+// `degrees` moved by whole turns to within 180 degrees of `previous`, so that Euler curves
+// made of decomposed matrices don't jump; not-a-number and infinite values stay as they are.
+double FbxUnwrapDegrees(double degrees, double previous);

@@ -136,10 +136,10 @@ void FbxSystemUnit::ConvertScene(FbxScene* scene, const ConversionOptions& optio
         if (!pose) continue;
         for (FbxPose::Entry& entry : pose->entries) {
             if (entry.local && !(options.convertRrsNodes ? rootChildren.count(entry.node) : true)) continue;
-            FbxAMatrix m;
-            for (int k = 0; k < 16; ++k) m.data[k / 4][k % 4] = entry.matrix[k];
-            m = scale * m;
-            for (int k = 0; k < 16; ++k) entry.matrix[k] = m.data[k / 4][k % 4];
+            FbxAMatrix matrix;
+            for (int k = 0; k < 16; ++k) matrix.data[k / 4][k % 4] = entry.matrix[k];
+            matrix = scale * matrix;
+            for (int k = 0; k < 16; ++k) entry.matrix[k] = matrix.data[k / 4][k % 4];
         }
     }
 

@@ -12,26 +12,28 @@ constexpr size_t kMaxNodeDepth = 4096;
 
 std::string Label(const char* kind, size_t index) { return std::string(kind) + " " + std::to_string(index); }
 
+// The glTF primitive mode: POINTS, LINES, LINE_LOOP, LINE_STRIP, TRIANGLES, TRIANGLE_STRIP,
+// TRIANGLE_FAN are 0 to 6.
 uint32_t PrimitiveTypeOf(int32_t mode) {
     switch (mode) {
-        case 0: return 0;
-        case 1: return 1;
+        case 0: return kPrimitivePoints;
+        case 1: return kPrimitiveLines;
         case 2:
-        case 3: return 2;
-        case 4: return 3;
+        case 3: return kPrimitiveLineStrip;
+        case 4: return kPrimitiveTriangles;
         case 5:
-        case 6: return 4;
-        default: return 3;
+        case 6: return kPrimitiveTriangleStrip;
+        default: return kPrimitiveTriangles;
     }
 }
 
 int32_t InterpolationOf(GltfInterpolation interpolation) {
     switch (interpolation) {
-        case GltfInterpolation::LINEAR: return 1;
-        case GltfInterpolation::STEP: return 0;
-        case GltfInterpolation::CUBICSPLINE: return 2;
+        case GltfInterpolation::LINEAR: return kInterpolationLinear;
+        case GltfInterpolation::STEP: return kInterpolationConstant;
+        case GltfInterpolation::CUBICSPLINE: return kInterpolationCubic;
     }
-    return 1;
+    return kInterpolationLinear;
 }
 
 // Indices must address existing vertices, or every later stage would read past them.
@@ -89,24 +91,12 @@ void FillGroups(const std::vector<float>& data, bool cubic, std::vector<V>& in, 
 
 }  // namespace
 
-GltfImporter::~GltfImporter() {
-    // Skins reach the Scene only through mesh instances (a shared geometry keeps the skin
-    // of its last node); free the ones no instance holds.
-    std::vector<const Skin*> held;
-    for (Geometry* geometry : scene_.geometries.items)
-        for (MeshInstance* instance : geometry->meshInstances)
-            if (instance->skin) held.push_back(instance->skin);
-    std::sort(held.begin(), held.end());
-    for (Skin* skin : skins_)
-        if (!std::binary_search(held.begin(), held.end(), skin)) delete skin;
-}
-
 void GltfImporter::ImportSkins() {
     const auto& skins = context_.document.skins;
     skins_.reserve(skins.size());
     for (size_t s = 0; s < skins.size(); ++s) {
         const GltfSkin& record = skins[s];
-        Skin* skin = new Skin();
+        Skin* skin = scene_.Own(std::make_unique<Skin>());
         skins_.push_back(skin);
         if (record.inverseBindMatrices == -1) {
             // Without matrices every joint binds with the identity, as glTF defines it.
@@ -136,10 +126,9 @@ void GltfImporter::ImportCameras() {
     cameras_.reserve(cameras.size());
     for (size_t i = 0; i < cameras.size(); ++i) {
         const GltfCamera& record = cameras[i];
-        Camera* camera = new Camera();
-        scene_.ownedCameras.push_back(camera);
+        Camera* camera = scene_.Own(std::make_unique<Camera>());
         cameras_.push_back(camera);
-        camera->projection = 0;
+        camera->projection = kProjectionPerspective;
         camera->nearClip = 0.1f;
         camera->farClip = 1000.0f;
         camera->fov = 45.0f;
@@ -149,12 +138,12 @@ void GltfImporter::ImportCameras() {
         camera->name = record.name;
         camera->id = i;
         if (record.type == 0 && record.perspective) {
-            camera->projection = 0;
+            camera->projection = kProjectionPerspective;
             camera->nearClip = record.perspective->znear;
             camera->farClip = record.perspective->zfar;
             camera->fov = float(double(record.perspective->yfov) * 57.29577951308232);
         } else if (record.type == 1 && record.orthographic) {
-            camera->projection = 1;
+            camera->projection = kProjectionOrthographic;
             camera->nearClip = record.orthographic->znear;
             camera->farClip = record.orthographic->zfar;
             camera->orthoHeight = record.orthographic->ymag * 0.5f;
@@ -167,8 +156,7 @@ void GltfImporter::ImportLights() {
     const auto& lights = context_.document.lights;
     lights_.reserve(lights.size());
     for (const GltfLight& record : lights) {
-        Light* light = new Light();
-        scene_.ownedLights.push_back(light);
+        Light* light = scene_.Own(std::make_unique<Light>());
         lights_.push_back(light);
         light->type = record.type;
         if (record.color.size() == 3) light->color = Vec3(record.color[0], record.color[1], record.color[2]);
@@ -285,12 +273,12 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
     for (size_t p = 0; p < mesh.primitives.size(); ++p) {
         const GltfPrimitive& primitive = mesh.primitives[p];
         const std::string where = Label("mesh", size_t(index)) + " primitive " + std::to_string(p);
-        MeshInstance* instance = new MeshInstance();
-        instance->primitiveType = 3;
+        MeshInstance* instance = scene_.Own(std::make_unique<MeshInstance>());
+        instance->primitiveType = kPrimitiveTriangles;
         geometry->meshInstances.push_back(instance);
 
         if (!DecodeDracoPrimitive(primitive, *instance) && !primitive.attributes.empty()) {
-            VertexData* vertices = new VertexData();
+            VertexData* vertices = scene_.Own(std::make_unique<VertexData>());
             instance->vertices = vertices;
             const GltfAttributeMap& attributes = primitive.attributes;
             FillVertexData(
@@ -303,8 +291,8 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
                                : ReadAccessorAsJoint(AccessorAt(context_, found->second), context_);
                 });
             if (primitive.indices >= 0) {
-                instance->indices =
-                    new std::vector<uint32_t>(ReadAccessorAsIndex(AccessorAt(context_, primitive.indices), context_));
+                instance->indices = scene_.Own(std::make_unique<std::vector<uint32_t>>(
+                    ReadAccessorAsIndex(AccessorAt(context_, primitive.indices), context_)));
                 if (!vertices->positions.empty())
                     CheckIndices(*instance->indices, vertices->positions.size() / 3, where);
             }
@@ -320,7 +308,7 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
 void GltfImporter::ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive& primitive, MeshInstance& instance,
                                       const std::string& where) {
     const size_t meshVertices = instance.vertices ? instance.vertices->positions.size() / 3 : 0;
-    instance.morph = new Morph();
+    instance.morph = scene_.Own(std::make_unique<Morph>());
     for (size_t t = 0; t < primitive.targets.size(); ++t) {
         const std::vector<float> positions = ReadAttribute("POSITION", primitive.targets[t], context_);
         const std::vector<float> normals = ReadAttribute("NORMAL", primitive.targets[t], context_);
@@ -330,7 +318,7 @@ void GltfImporter::ImportMorphTargets(const GltfMesh& mesh, const GltfPrimitive&
         if (meshVertices != 0 && vertexCount != meshVertices)
             throw GltfError(where + " morph target " + std::to_string(t) + " has " + std::to_string(vertexCount) +
                             " vertices for " + std::to_string(meshVertices));
-        MorphTarget* target = new MorphTarget(vertexCount);
+        MorphTarget* target = scene_.Own(std::make_unique<MorphTarget>(vertexCount));
         instance.morph->targets.push_back(target);
         std::copy_n(positions.begin(), size_t(vertexCount) * 3, target->deltaPositions.begin());
         if (normals.size() == positions.size())

@@ -14,7 +14,6 @@
 class GltfImporter {
 public:
     GltfImporter(GltfContext& context, Scene& scene) : context_(context), scene_(scene) {}
-    ~GltfImporter();
     GltfImporter(const GltfImporter&) = delete;
     GltfImporter& operator=(const GltfImporter&) = delete;
 

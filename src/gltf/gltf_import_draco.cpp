@@ -1,6 +1,8 @@
 // Primitives stored with KHR_draco_mesh_compression, decoded with the Draco library.
 #include <draco/compression/decode.h>
 
+#include <memory>
+
 #include "gltf/gltf_draco_attributes.h"
 #include "gltf/gltf_import.h"
 
@@ -27,7 +29,7 @@ bool GltfImporter::DecodeDracoPrimitive(const GltfPrimitive& primitive, MeshInst
         if (!decoded.ok()) return true;
         const draco::Mesh& mesh = *decoded.value();
         const uint32_t points = mesh.num_points();
-        auto* indices = new std::vector<uint32_t>();
+        auto* indices = scene_.Own(std::make_unique<std::vector<uint32_t>>());
         instance.indices = indices;
         indices->reserve(size_t(mesh.num_faces()) * 3);
         for (draco::FaceIndex f(0); f < mesh.num_faces(); ++f) {
@@ -37,7 +39,7 @@ bool GltfImporter::DecodeDracoPrimitive(const GltfPrimitive& primitive, MeshInst
                 indices->push_back(face[c].value());
             }
         }
-        VertexData* vertices = new VertexData();
+        VertexData* vertices = scene_.Own(std::make_unique<VertexData>());
         instance.vertices = vertices;
         const GltfAttributeMap& names = draco.attributes;
         FillVertexData(

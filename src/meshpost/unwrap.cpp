@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <memory>
-#include <unordered_set>
 
 #include <cstddef>  // xatlas.h uses size_t without including its header
 #include <xatlas.h>
@@ -29,7 +28,7 @@ void CollectWorldScales(const GraphNode* node, std::unordered_map<const Geometry
 // An instance with an empty position or index list counts as having none: xatlas would
 // otherwise be handed a mesh of 0 vertices, which it cannot build (it clears null arrays).
 bool SuitableForUnwrap(const MeshInstance* mi) {
-    return mi && mi->primitiveType == 3 && mi->vertices && !mi->vertices->positions.empty() &&
+    return mi && mi->primitiveType == kPrimitiveTriangles && mi->vertices && !mi->vertices->positions.empty() &&
            mi->vertices->texCoords[1].empty() && mi->indices && !mi->indices->empty();
 }
 
@@ -96,8 +95,8 @@ void AppendVertex(const std::vector<T>& from, std::vector<T>& to, size_t compone
 // A target's deltas moved onto the unwrapped vertices: new vertex v takes the delta of the
 // old vertex it came from. A dense target stays dense; a sparse one keeps an entry for each
 // new vertex whose old vertex had one.
-MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh, size_t oldVertexCount) {
-    auto* target = new MorphTarget;
+std::unique_ptr<MorphTarget> RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh, size_t oldVertexCount) {
+    auto target = std::make_unique<MorphTarget>();
     target->name = old.name;
     target->defaultWeight = old.defaultWeight;
     target->sourceVertexCount = old.sourceVertexCount;
@@ -138,47 +137,6 @@ MorphTarget* RemapTarget(const MorphTarget& old, const xatlas::Mesh& mesh, size_
     return target;
 }
 
-// Every record that the scene reaches, as the scene's teardown sees them.
-struct SceneRecords {
-    std::unordered_set<VertexData*> vertexData;
-    std::unordered_set<std::vector<uint32_t>*> indexLists;
-    std::unordered_set<Morph*> morphs;
-    std::unordered_set<MorphTarget*> targets;
-};
-
-SceneRecords CollectRecords(const Scene& scene) {
-    SceneRecords records;
-    auto addGeometry = [&](const Geometry* g) {
-        if (!g) return;
-        for (const MeshInstance* mi : g->meshInstances) {
-            if (!mi) continue;
-            if (mi->vertices) records.vertexData.insert(mi->vertices);
-            if (mi->indices) records.indexLists.insert(mi->indices);
-            if (mi->morph && records.morphs.insert(mi->morph).second)
-                for (MorphTarget* t : mi->morph->targets)
-                    if (t) records.targets.insert(t);
-        }
-    };
-    for (const Geometry* g : scene.geometries.items) addGeometry(g);
-    for (const Geometry* g : scene.ownedGeometries) addGeometry(g);
-    std::vector<const GraphNode*> stack;
-    if (scene.root) stack.push_back(scene.root);
-    while (!stack.empty()) {
-        const GraphNode* node = stack.back();
-        stack.pop_back();
-        addGeometry(node->geometry);
-        for (const GraphNode* child : node->children)
-            if (child) stack.push_back(child);
-    }
-    return records;
-}
-
-template <typename T>
-void DeleteUnreached(const std::unordered_set<T*>& before, const std::unordered_set<T*>& after) {
-    for (T* p : before)
-        if (!after.count(p)) delete p;
-}
-
 }  // namespace
 
 std::unordered_map<const Geometry*, float> GeometryWorldScales(const GraphNode* root) {
@@ -187,7 +145,8 @@ std::unordered_map<const Geometry*, float> GeometryWorldScales(const GraphNode* 
     return scales;
 }
 
-AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worldScale, float texelsPerMeter) {
+AtlasSize UnwrapGeometry(Scene& scene, const std::vector<MeshInstance*>& instances, float worldScale,
+                         float texelsPerMeter) {
     UseRunEndingAllocator();
     std::unique_ptr<xatlas::Atlas, AtlasDeleter> atlas(xatlas::Create());
 
@@ -199,7 +158,7 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
 
         if (const char* why = UnfitForAtlas(vd.positions, vertexCount, *mi->indices, worldScale * texelsPerMeter)) {
             ConsoleErrorText("UV unwrapping skipped for a mesh of %u vertices at %g texels per unit: %s\n",
-                         vertexCount, double(worldScale * texelsPerMeter), why);
+                             vertexCount, double(worldScale * texelsPerMeter), why);
             return {};
         }
 
@@ -234,14 +193,14 @@ AtlasSize UnwrapGeometry(const std::vector<MeshInstance*>& instances, float worl
     if (!result.meshes || result.meshCount != instances.size()) return {};
     const float width = float(result.width);
     const float height = float(result.height);
-    for (size_t i = 0; i < instances.size(); ++i) ApplyUnwrap(*instances[i], result.meshes[i], width, height);
+    for (size_t i = 0; i < instances.size(); ++i) ApplyUnwrap(scene, *instances[i], result.meshes[i], width, height);
     return {result.width, result.height};
 }
 
-void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, float height) {
+void ApplyUnwrap(Scene& scene, MeshInstance& instance, const xatlas::Mesh& mesh, float width, float height) {
     const VertexData& old = *instance.vertices;
     const size_t n = mesh.vertexCount;
-    auto* fresh = new VertexData;
+    VertexData* fresh = scene.Own(std::make_unique<VertexData>());
 
     auto reserve = [n](const auto& from, auto& to, size_t components) {
         if (!from.empty()) to.reserve(n * components);
@@ -275,35 +234,26 @@ void ApplyUnwrap(MeshInstance& instance, const xatlas::Mesh& mesh, float width, 
     }
 
     instance.vertices = fresh;
-    instance.indices = new std::vector<uint32_t>(mesh.indexArray, mesh.indexArray + mesh.indexCount);
+    instance.indices =
+        scene.Own(std::make_unique<std::vector<uint32_t>>(mesh.indexArray, mesh.indexArray + mesh.indexCount));
 
     // Morph deltas follow their vertices like every other attribute. The instance gets a
     // morph of its own, since other instances may share the old one with other vertices.
     if (instance.morph) {
-        auto* morph = new Morph;
+        Morph* morph = scene.Own(std::make_unique<Morph>());
         morph->targets.reserve(instance.morph->targets.size());
         for (const MorphTarget* t : instance.morph->targets)
-            morph->targets.push_back(t ? RemapTarget(*t, mesh, old.positions.size() / 3) : nullptr);
+            morph->targets.push_back(t ? scene.Own(RemapTarget(*t, mesh, old.positions.size() / 3)) : nullptr);
         instance.morph = morph;
     }
 }
 
 void UnwrapScene(Scene& scene, float texelsPerMeter) {
-    const SceneRecords before = CollectRecords(scene);
-
     const auto scales = GeometryWorldScales(scene.root);
     for (Geometry* geometry : scene.geometries.items) {
         if (!geometry) continue;
         auto it = scales.find(geometry);
         const float worldScale = it != scales.end() ? it->second : 1.0f;
-        UnwrapGeometry(geometry->meshInstances, worldScale, texelsPerMeter);
+        UnwrapGeometry(scene, geometry->meshInstances, worldScale, texelsPerMeter);
     }
-
-    // Records that no instance refers to any more were replaced above; the scene's teardown
-    // would not reach them, so they go now.
-    const SceneRecords after = CollectRecords(scene);
-    DeleteUnreached(before.vertexData, after.vertexData);
-    DeleteUnreached(before.indexLists, after.indexLists);
-    DeleteUnreached(before.targets, after.targets);
-    DeleteUnreached(before.morphs, after.morphs);
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "scene/animation.h"
@@ -12,8 +14,21 @@
 #include "scene/math.h"
 #include "scene/object_dictionary.h"
 
+// Codes of Camera::projection.
+enum Projection : int32_t {
+    kProjectionPerspective = 0,
+    kProjectionOrthographic = 1,
+};
+
+// Codes of Light::type.
+enum LightType : int32_t {
+    kLightDirectional = 0,
+    kLightPoint = 1,
+    kLightSpot = 2,
+};
+
 struct Camera : BaseObject {
-    int32_t projection = 0;  // 0 perspective, 1 orthographic
+    int32_t projection = kProjectionPerspective;  // a Projection code
     float nearClip = 0.0f;
     float farClip = 0.0f;
     float fov = 0.0f;  // degrees
@@ -23,7 +38,7 @@ struct Camera : BaseObject {
 };
 
 struct Light : BaseObject {
-    int32_t type = 0;  // 0 directional, 1 point, 2 spot
+    int32_t type = kLightDirectional;  // a LightType code
     bool enabled = true;
     Vec3 color{0.8f, 0.8f, 0.8f};
     float intensity = 1.0f;
@@ -69,14 +84,34 @@ public:
     ObjectDictionary<Geometry*> geometries;
     GraphNode* root = nullptr;
 
-    // Records that belong to no dictionary (cameras, lights, placeholder geometry) are
-    // handed to the scene here so that tearing it down frees them exactly once.
-    std::vector<Camera*> ownedCameras;
-    std::vector<Light*> ownedLights;
-    std::vector<Geometry*> ownedGeometries;
-
     Scene() = default;
-    // Frees everything the scene reaches; members then go in the order geometries,
-    // materials, textures, animations.
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+    // Deletes the node tree, then every record handed to Own; the members then go in the
+    // order geometries, materials, textures, animations.
     ~Scene() override;
+
+    // Takes a record that no dictionary holds (mesh records, cameras, lights, placeholder
+    // geometry) and keeps it until the scene goes; the raw pointer is for the scene's
+    // fields, which never own what they point at. Every such record is made through here,
+    // once, so that nothing is freed twice however freely the fields share it.
+    template <typename T>
+    T* Own(std::unique_ptr<T> record) {
+        T* raw = record.get();
+        std::get<Pool<T>>(pools_).push_back(std::move(record));
+        return raw;
+    }
+
+    // The records of one type handed to Own, in order of handing.
+    template <typename T>
+    const std::vector<std::unique_ptr<T>>& Owned() const {
+        return std::get<Pool<T>>(pools_);
+    }
+
+private:
+    template <typename T>
+    using Pool = std::vector<std::unique_ptr<T>>;
+    std::tuple<Pool<MeshInstance>, Pool<std::vector<uint32_t>>, Pool<VertexData>, Pool<Skin>, Pool<Morph>,
+               Pool<MorphTarget>, Pool<Camera>, Pool<Light>, Pool<Geometry>>
+        pools_;
 };

@@ -56,20 +56,4 @@ TEST(FbxTime, OldUnitTicksConvertThroughHoursMinutesAndSeconds) {
     for (const Row& row : rows) EXPECT_EQ(FbxConvertOldUnitTicks(row.old), row.ticks) << row.old;
 }
 
-TEST(FbxTime, OldUnitAppliesToDefinition127OutsideVersion7600) {
-    EXPECT_TRUE(FbxFileTimesInOldUnit(127, 7400));
-    EXPECT_TRUE(FbxFileTimesInOldUnit(127, 7700));
-    EXPECT_FALSE(FbxFileTimesInOldUnit(127, 7600));
-    EXPECT_FALSE(FbxFileTimesInOldUnit(0, 7400));
-}
-
-TEST(FbxTime, FrameRatesOfTheTimeModes) {
-    EXPECT_EQ(FbxGetFrameRate(FbxTimeMode::PAL), 25.0);
-    EXPECT_EQ(FbxGetFrameRate(FbxTimeMode::Custom, 12.5), 12.5);
-    EXPECT_NEAR(FbxGetFrameRate(FbxTimeMode::NTSC_FullFrame), 30000.0 / 1001.0, 1e-12);
-    EXPECT_NEAR(FbxGetFrameRate(FbxTimeMode::Frames119_88), 120000.0 / 1001.0, 1e-12);
-    EXPECT_EQ(FbxGetFrameRate(FbxTimeMode(19)), 0.0);
-    EXPECT_STREQ(FbxTimeModeName(FbxTimeMode::Frames119_88), "119.88 fps");
-}
-
 }  // namespace

@@ -128,12 +128,12 @@ TEST(GlbAnimationExport, AnimationWithoutUsableTrackKeepsItsEntry) {
 void MorphScene(Scene& scene, int32_t weightsInterpolation) {
     scene.root = NewNode("root", 0);
     Geometry* g = NewGeometry(scene, "g", 0);
-    VertexData* v = Triangle();
+    VertexData* v = Triangle(scene);
     v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
-    MeshInstance* mi = NewInstance(*g, v, {0, 1, 2});
-    mi->morph = new Morph;
+    MeshInstance* mi = NewInstance(scene, *g, v, {0, 1, 2});
+    mi->morph = New<Morph>(scene);
     for (int i = 0; i < 2; ++i) {
-        MorphTarget* t = new MorphTarget(3);
+        MorphTarget* t = New<MorphTarget>(scene, 3u);
         t->deltaPositions[size_t(3 * i + 2)] = 1.0f;
         Compact(*t, FLT_EPSILON);
         mi->morph->targets.push_back(t);

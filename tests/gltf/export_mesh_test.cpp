@@ -25,7 +25,7 @@ MeshInstance* OneInstanceScene(Scene& scene, VertexData* v) {
     scene.root = NewNode("root", 0);
     Geometry* g = NewGeometry(scene, "g", 0);
     scene.root->geometry = g;
-    return NewInstance(*g, v, {0, 1, 2});
+    return NewInstance(scene, *g, v, {0, 1, 2});
 }
 
 // Runs ExportMeshes over the scene's nodes.
@@ -44,8 +44,8 @@ void PutMatrix(std::vector<uint8_t>& out, const Mat4& m) {
 
 TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
     Scene scene;
-    MeshInstance* first = OneInstanceScene(scene, Triangle());
-    MeshInstance* strip = NewInstance(*scene.root->geometry, first->vertices, {2, 1, 0});
+    MeshInstance* first = OneInstanceScene(scene, Triangle(scene));
+    MeshInstance* strip = NewInstance(scene, *scene.root->geometry, first->vertices, {2, 1, 0});
     strip->primitiveType = 4;  // triangle strip: mode 5
 
     GlbParts glb = WriteAndRead(scene, ModelOptions(), "shared_vertices");
@@ -189,7 +189,7 @@ TEST(GlbMeshExport, ColoursOfThreeFloatsFillFourByteSlotsInOrder) {
 
 TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
     Scene scene;
-    VertexData* v = Triangle();
+    VertexData* v = Triangle(scene);
     v->texCoords[3] = {0, 0, 1, 0, 0, 1};
     OneInstanceScene(scene, v);
     GlbParts glb = WriteAndRead(scene, ModelOptions(), "texcoord3");
@@ -201,17 +201,17 @@ TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
 
 TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
     Scene scene;
-    VertexData* v = Triangle();
+    VertexData* v = Triangle(scene);
     v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
     MeshInstance* mi = OneInstanceScene(scene, v);
 
-    mi->morph = new Morph;
-    MorphTarget* smile = new MorphTarget(3);
+    mi->morph = New<Morph>(scene);
+    MorphTarget* smile = New<MorphTarget>(scene, 3u);
     smile->deltaPositions[3] = 0.5f;
     smile->name = "smile";
     smile->defaultWeight = 0.25f;
     Compact(*smile, FLT_EPSILON);
-    MorphTarget* blink = new MorphTarget(3);
+    MorphTarget* blink = New<MorphTarget>(scene, 3u);
     blink->name = "blink";
     Compact(*blink, FLT_EPSILON);
     ASSERT_EQ(smile->count, 1u);
@@ -253,9 +253,9 @@ TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
 
 TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
     Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle());
-    mi->morph = new Morph;
-    MorphTarget* t = new MorphTarget(3);
+    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
+    mi->morph = New<Morph>(scene);
+    MorphTarget* t = New<MorphTarget>(scene, 3u);
     t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
     Compact(*t, FLT_EPSILON);
     mi->morph->targets = {t};
@@ -269,7 +269,7 @@ TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
 
 TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
     Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle());
+    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
     DracoPayload payload;
     payload.vertexCount = 3;
     payload.indexCount = 3;
@@ -312,16 +312,16 @@ TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
     GraphNode* a = NewNode("a", 13, scene.root);
     GraphNode* b = NewNode("b", 14, scene.root);
 
-    VertexData* v = Triangle();
+    VertexData* v = Triangle(scene);
     v->joints = {0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 0};
     v->weights = {0.5f, 0.5f, 0, 0, 0.5f, 0.5f, 0, 0, 1, 0, 0, 0};
-    Skin* skin = new Skin;
+    Skin* skin = New<Skin>(scene);
     skin->joints = {11, 99, 12};
     skin->inverseBindMatrices = {Translation(1, 2, 3), Translation(7, 7, 7), Translation(4, 5, 6)};
     Geometry* ga = NewGeometry(scene, "ga", 0);
-    NewInstance(*ga, v, {0, 1, 2})->skin = skin;
+    NewInstance(scene, *ga, v, {0, 1, 2})->skin = skin;
     Geometry* gb = NewGeometry(scene, "gb", 1);
-    NewInstance(*gb, v, {0, 2, 1})->skin = skin;  // same vertex data in another mesh
+    NewInstance(scene, *gb, v, {0, 2, 1})->skin = skin;  // same vertex data in another mesh
     a->geometry = ga;
     b->geometry = gb;
 
@@ -354,7 +354,7 @@ TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
     // A Draco stream that failed to decode leaves an instance without vertex data.
     Scene scene;
     OneInstanceScene(scene, nullptr);
-    NewInstance(*scene.root->geometry, Triangle(), {0, 1, 2});
+    NewInstance(scene, *scene.root->geometry, Triangle(scene), {0, 1, 2});
     GlbBuilder b;
     std::vector<GlbMesh> meshes = Meshes(scene, b);
     ASSERT_EQ(meshes.size(), 1u);
@@ -405,8 +405,8 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
     Scene scene;
     scene.root = NewNode("root", 0);
     GraphNode* other = NewNode("other", 1, scene.root);
-    auto target = [](const char* name, float weight) {
-        MorphTarget* t = new MorphTarget(3);
+    auto target = [&scene](const char* name, float weight) {
+        MorphTarget* t = New<MorphTarget>(scene, 3u);
         t->deltaPositions[0] = 1.0f;
         t->name = name;
         t->defaultWeight = weight;
@@ -414,12 +414,12 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
         return t;
     };
     Geometry* g = NewGeometry(scene, "g", 0);
-    VertexData* v = Triangle();
-    MeshInstance* first = NewInstance(*g, v, {0, 1, 2});
-    first->morph = new Morph;
+    VertexData* v = Triangle(scene);
+    MeshInstance* first = NewInstance(scene, *g, v, {0, 1, 2});
+    first->morph = New<Morph>(scene);
     first->morph->targets = {target("a", 0.5f), target("b", 0.25f)};
-    MeshInstance* second = NewInstance(*g, v, {0, 1, 2});
-    second->morph = new Morph;
+    MeshInstance* second = NewInstance(scene, *g, v, {0, 1, 2});
+    second->morph = New<Morph>(scene);
     second->morph->targets = {target("c", 0.75f)};
     scene.root->geometry = g;
     // A second geometry made of the first one's morphed instance.
@@ -447,10 +447,10 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
 
 TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
     Scene scene;
-    Skin* skin = new Skin;
+    Skin* skin = New<Skin>(scene);
     skin->joints = {0};
     skin->inverseBindMatrices = {Mat4{}};
-    OneInstanceScene(scene, Triangle())->skin = skin;
+    OneInstanceScene(scene, Triangle(scene))->skin = skin;
     GlbParts glb = WriteAndRead(scene, AnimationOptions({"none"}), "no_model");
     ASSERT_TRUE(glb.ok) << glb.error;
     EXPECT_EQ(TrimmedJson(glb), std::string(kAsset) +

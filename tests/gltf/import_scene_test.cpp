@@ -242,9 +242,9 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
     EXPECT_EQ(spot->color, Vec3(1, 0, 0));
     EXPECT_EQ(spot->outerConeAngle, 0.2f);
     EXPECT_EQ(scene->root->children[1]->light, nullptr);  // index past the list
-    ASSERT_EQ(scene->ownedLights.size(), 2u);
-    EXPECT_EQ(scene->ownedLights[1]->intensity, 0.0f);
-    EXPECT_EQ(scene->ownedLights[1]->range, 5.0f);
+    ASSERT_EQ(scene->Owned<Light>().size(), 2u);
+    EXPECT_EQ(scene->Owned<Light>()[1]->intensity, 0.0f);
+    EXPECT_EQ(scene->Owned<Light>()[1]->range, 5.0f);
 }
 
 TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {

@@ -11,7 +11,8 @@ add_executable(test_gltf_read
   import_sample_test.cpp
 )
 vurl_warnings(test_gltf_read)
-target_link_libraries(test_gltf_read PRIVATE vurl_gltf vurl_runtimejson vurl_glbfixture GTest::gtest_main)
+target_link_libraries(test_gltf_read PRIVATE vurl_gltf vurl_runtimejson vurl_glbfixture vurl_test_support
+                      GTest::gtest_main)
 target_compile_definitions(test_gltf_read PRIVATE
   VURL_SAMPLE_GENERATOR="$<TARGET_FILE:vurl_make_sample_glb>"
   VURL_GLTF_EXPECTED_DIR="${CMAKE_CURRENT_SOURCE_DIR}/import_sample_expected")

@@ -61,9 +61,9 @@ TEST(GlbJson, SharedGeometryOnTwoNodesIsOneMesh) {
     GraphNode* a = NewNode("a", 1, scene.root);
     GraphNode* b = NewNode("b", 2, scene.root);
     Geometry* g = NewGeometry(scene, "tri", 0);
-    VertexData* v = Triangle();
+    VertexData* v = Triangle(scene);
     v->positions[3] = 0.1f;  // max x 0.1 shows the ten-digit bound text
-    NewInstance(*g, v, {0, 1, 2});
+    NewInstance(scene, *g, v, {0, 1, 2});
     a->geometry = g;
     b->geometry = g;
 

@@ -163,21 +163,21 @@ Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id) {
     return g;
 }
 
-MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices) {
-    MeshInstance* mi = NewInstance(geometry, vertices);
-    mi->indices = new std::vector<uint32_t>(std::move(indices));
+MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices) {
+    MeshInstance* mi = NewInstance(scene, geometry, vertices);
+    mi->indices = New<std::vector<uint32_t>>(scene, std::move(indices));
     return mi;
 }
 
-MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices) {
-    MeshInstance* mi = new MeshInstance;
+MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices) {
+    MeshInstance* mi = New<MeshInstance>(scene);
     mi->vertices = vertices;
     geometry.meshInstances.push_back(mi);
     return mi;
 }
 
-VertexData* Triangle() {
-    VertexData* v = new VertexData;
+VertexData* Triangle(Scene& scene) {
+    VertexData* v = New<VertexData>(scene);
     v->positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     return v;
 }

@@ -9,6 +9,7 @@
 
 #include "scene/options.h"
 #include "scene/scene.h"
+#include "scene_builder.h"
 
 // Every JSON chunk of ours starts so.
 inline constexpr const char* kAsset =
@@ -65,9 +66,10 @@ inline void PadTo4(std::vector<uint8_t>& out) {
     while (out.size() % 4) out.push_back(0);
 }
 
-// Scene building: nodes are owned by their parents, geometry by the scene.
+// Scene building: nodes are owned by their parents, everything else by the scene.
+using testsupport::New;
 GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent = nullptr);
 Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id);
-MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices);
-MeshInstance* NewInstance(Geometry& geometry, VertexData* vertices);  // not indexed
-VertexData* Triangle();  // positions (0,0,0) (1,0,0) (0,1,0)
+MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices);
+MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices);  // not indexed
+VertexData* Triangle(Scene& scene);  // positions (0,0,0) (1,0,0) (0,1,0)

@@ -13,6 +13,6 @@ target_compile_definitions(test_gltf_write PRIVATE
   VURL_EXECUTABLE="$<TARGET_FILE:vurl>"
   VURL_SAMPLE_GENERATOR="$<TARGET_FILE:vurl_make_sample_glb>"
   VURL_CORPUS_GLB_DIR="${PROJECT_SOURCE_DIR}/../shared/corpus/glb/valid")
-target_link_libraries(test_gltf_write PRIVATE vurl_gltf GTest::gtest_main)
+target_link_libraries(test_gltf_write PRIVATE vurl_gltf vurl_test_support GTest::gtest_main)
 add_dependencies(test_gltf_write vurl vurl_make_sample_glb)
 gtest_discover_tests(test_gltf_write)

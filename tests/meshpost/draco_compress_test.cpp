@@ -11,6 +11,7 @@
 
 #include "meshpost/draco_compress.h"
 #include "meshpost/meshpost.h"
+#include "scene_builder.h"
 #include "test_meshes.h"
 
 namespace {
@@ -289,21 +290,16 @@ TEST(Draco, SceneCompressesOnlySuitableInstancesOnce) {
     Scene scene;
     auto* g = new Geometry;
     auto add = [&](auto setup) {
-        auto* mi = new MeshInstance;
         Mesh m = Grid(2);
-        mi->vertices = new VertexData(m.data);
-        mi->indices = new std::vector<uint32_t>(m.indices);
+        MeshInstance* mi = MakeInstance(scene, m.data, m.indices);
         setup(*mi);
         g->meshInstances.push_back(mi);
         return mi;
     };
     MeshInstance* plain = add([](MeshInstance&) {});
-    MeshInstance* morphed = add([](MeshInstance& mi) { mi.morph = new Morph; });
+    MeshInstance* morphed = add([&](MeshInstance& mi) { mi.morph = testsupport::New<Morph>(scene); });
     MeshInstance* strip = add([](MeshInstance& mi) { mi.primitiveType = 4; });
-    MeshInstance* unindexed = add([](MeshInstance& mi) {
-        delete mi.indices;
-        mi.indices = nullptr;
-    });
+    MeshInstance* unindexed = add([](MeshInstance& mi) { mi.indices = nullptr; });
     MeshInstance* done = add([](MeshInstance& mi) { mi.compressed = DracoPayload{1, 2, {7}, {}}; });
     g->meshInstances.push_back(nullptr);
     scene.geometries.Add(g);

@@ -67,18 +67,18 @@ TEST(DracoGlb, UnwrappedCompressedSceneValidatesAndReadsBack) {
     const char* names[] = {"cube", "tube", "morphed"};
     for (int i = 0; i < 3; ++i) {
         geometries[i] = NewGeometry(scene, names[i], uint64_t(i));
-        vd[i] = new VertexData;
+        vd[i] = New<VertexData>(scene);
         std::vector<uint32_t> idx;
         if (i == 1) MakeCylinder(*vd[i], idx, 20);
         else MakeCube(*vd[i], idx, i == 0 ? 1.0f : 2.0f);
-        NewInstance(*geometries[i], vd[i], idx);
+        NewInstance(scene, *geometries[i], vd[i], idx);
         NewNode(names[i], uint64_t(i + 1), scene.root)->geometry = geometries[i];
     }
     Geometry *cube = geometries[0], *tube = geometries[1], *morphed = geometries[2];
     for (size_t v = 0; v < vd[0]->positions.size() / 3; ++v)
         vd[0]->texCoords[0].insert(vd[0]->texCoords[0].end(), {0.1f * float(v % 7), 0.05f * float(v % 11)});
-    morphed->meshInstances[0]->morph = new Morph;
-    auto* target = new MorphTarget(uint32_t(vd[2]->positions.size() / 3));
+    morphed->meshInstances[0]->morph = New<Morph>(scene);
+    auto* target = New<MorphTarget>(scene, uint32_t(vd[2]->positions.size() / 3));
     target->name = "grow";
     for (size_t i = 0; i < target->deltaPositions.size(); ++i) target->deltaPositions[i] = 0.1f * vd[2]->positions[i];
     Compact(*target, 1.1920929e-7f);

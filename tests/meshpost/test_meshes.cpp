@@ -1,29 +1,15 @@
 #include "test_meshes.h"
 
+#include "scene_builder.h"
+
 #include <algorithm>
 #include <cmath>
 
-MeshOwner::~MeshOwner() {
-    for (auto* p : vertexData) delete p;
-    for (auto* p : indexLists) delete p;
-    for (auto* p : instances) delete p;
-}
-
-MeshInstance* MeshOwner::Make(VertexData data, std::vector<uint32_t> indices) {
-    auto* mi = new MeshInstance;
-    mi->vertices = new VertexData(std::move(data));
-    mi->indices = new std::vector<uint32_t>(std::move(indices));
-    vertexData.push_back(mi->vertices);
-    indexLists.push_back(mi->indices);
-    instances.push_back(mi);
+MeshInstance* MakeInstance(Scene& scene, VertexData data, std::vector<uint32_t> indices) {
+    MeshInstance* mi = testsupport::New<MeshInstance>(scene);
+    mi->vertices = testsupport::New<VertexData>(scene, std::move(data));
+    mi->indices = testsupport::New<std::vector<uint32_t>>(scene, std::move(indices));
     return mi;
-}
-
-void MeshOwner::Adopt(MeshInstance* instance) {
-    if (std::find(vertexData.begin(), vertexData.end(), instance->vertices) == vertexData.end())
-        vertexData.push_back(instance->vertices);
-    if (std::find(indexLists.begin(), indexLists.end(), instance->indices) == indexLists.end())
-        indexLists.push_back(instance->indices);
 }
 
 void MakeCube(VertexData& data, std::vector<uint32_t>& indices, float size) {

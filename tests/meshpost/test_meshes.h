@@ -6,17 +6,8 @@
 
 #include "scene/scene.h"
 
-// Owns the records that a test's mesh instances point at (the scene model leaves that to
-// its teardown, which tests of single functions do not have).
-struct MeshOwner {
-    std::vector<VertexData*> vertexData;
-    std::vector<std::vector<uint32_t>*> indexLists;
-    std::vector<MeshInstance*> instances;
-    ~MeshOwner();
-    MeshInstance* Make(VertexData data, std::vector<uint32_t> indices);
-    // Takes over records that an unwrap step put in place of the originals.
-    void Adopt(MeshInstance* instance);
-};
+// An indexed mesh instance whose records the scene owns; no geometry holds it.
+MeshInstance* MakeInstance(Scene& scene, VertexData data, std::vector<uint32_t> indices);
 
 // Unit cube centred on the origin, one flat quad per face: 24 vertices, 12 triangles, normals.
 void MakeCube(VertexData& data, std::vector<uint32_t>& indices, float size = 1.0f);

@@ -6,10 +6,12 @@
 
 #include "meshpost/meshpost.h"
 #include "meshpost/unwrap.h"
+#include "scene_builder.h"
 #include "test_meshes.h"
 
 namespace {
 
+using testsupport::New;
 using MeshData = std::pair<VertexData, std::vector<uint32_t>>;
 
 // A scene whose dictionary holds the given geometries; the scene frees everything.
@@ -20,12 +22,7 @@ struct TestScene {
     Geometry* AddGeometry(std::vector<MeshData> meshes) {
         auto* g = new Geometry;
         g->id = scene.geometries.Size();
-        for (auto& [data, indices] : meshes) {
-            auto* mi = new MeshInstance;
-            mi->vertices = new VertexData(std::move(data));
-            mi->indices = new std::vector<uint32_t>(std::move(indices));
-            g->meshInstances.push_back(mi);
-        }
+        for (auto& [data, indices] : meshes) g->meshInstances.push_back(MakeInstance(scene, std::move(data), std::move(indices)));
         scene.geometries.Add(g);
         return g;
     }
@@ -124,10 +121,9 @@ TEST(Unwrap, WorldScaleIsLargestSignedComponentOverAllNodes) {
 TEST(Unwrap, TexelDensityFollowsTexelsPerMeterTimesWorldScale) {
     // A cube's faces are flat charts, so texels per metre come out exactly.
     for (auto [worldScale, q] : {std::pair{1.0f, 16.0f}, {1.0f, 40.0f}, {3.0f, 16.0f}}) {
-        MeshOwner owner;
-        MeshInstance* mi = owner.Make(Cube().first, Cube().second);
-        const AtlasSize size = UnwrapGeometry({mi}, worldScale, q);
-        owner.Adopt(mi);
+        Scene owner;
+        MeshInstance* mi = MakeInstance(owner, Cube().first, Cube().second);
+        const AtlasSize size = UnwrapGeometry(owner, {mi}, worldScale, q);
         ASSERT_GT(size.width, 0u);
         EXPECT_NEAR(Density(*mi, 0, size.width, size.height), worldScale * q, 0.02 * worldScale * q)
             << "scale " << worldScale << " q " << q;
@@ -143,10 +139,9 @@ TEST(Unwrap, SceneUsesTheLargerScaleOfTwoNodes) {
     UnwrapScene(ts.scene, 16.0f);
 
     for (float worldScale : {3.0f, 1.0f}) {
-        MeshOwner owner;
-        MeshInstance* mi = owner.Make(Cylinder().first, Cylinder().second);
-        UnwrapGeometry({mi}, worldScale, 16.0f);
-        owner.Adopt(mi);
+        Scene owner;
+        MeshInstance* mi = MakeInstance(owner, Cylinder().first, Cylinder().second);
+        UnwrapGeometry(owner, {mi}, worldScale, 16.0f);
         const bool same = mi->vertices->texCoords[0] == g->meshInstances[0]->vertices->texCoords[0];
         EXPECT_EQ(same, worldScale == 3.0f) << worldScale;
     }
@@ -196,14 +191,8 @@ TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
     };
     expectUntouched([](MeshInstance& mi) { mi.primitiveType = 4; });
     expectUntouched([](MeshInstance& mi) { mi.vertices->texCoords[1].assign(mi.vertices->positions.size() / 3 * 2, 0); });
-    expectUntouched([](MeshInstance& mi) {
-        delete mi.indices;
-        mi.indices = nullptr;
-    });
-    expectUntouched([](MeshInstance& mi) {
-        delete mi.vertices;
-        mi.vertices = nullptr;
-    });
+    expectUntouched([](MeshInstance& mi) { mi.indices = nullptr; });
+    expectUntouched([](MeshInstance& mi) { mi.vertices = nullptr; });
     // Accessors without a buffer view decode as empty lists: such an instance never reaches
     // xatlas, whichever of the two is empty.
     expectUntouched([](MeshInstance& mi) {
@@ -267,14 +256,14 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
 }
 
 TEST(Unwrap, ApplyCopiesByXrefAndScalesUvs) {
-    MeshOwner owner;
+    Scene owner;
     VertexData data;
     data.positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
     data.joints = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
     data.weights = {1, 0, 0, 0, 0.5f, 0.5f, 0, 0, 0.25f, 0.25f, 0.25f, 0.25f};
     data.colors = {0.1f, 0.2f, 0.3f};  // shorter than four per vertex: padded, never read past
     data.texCoords[2] = {9, 9, 9, 9, 9, 9};
-    MeshInstance* mi = owner.Make(data, {0, 1, 2});
+    MeshInstance* mi = MakeInstance(owner, data, {0, 1, 2});
     VertexData* old = mi->vertices;
 
     xatlas::Vertex verts[4] = {};
@@ -291,8 +280,7 @@ TEST(Unwrap, ApplyCopiesByXrefAndScalesUvs) {
     out.indexArray = idx;
     out.indexCount = 6;
 
-    ApplyUnwrap(*mi, out, 40.0f, 64.0f);
-    owner.Adopt(mi);
+    ApplyUnwrap(owner, *mi, out, 40.0f, 64.0f);
     ASSERT_NE(mi->vertices, old);
     const VertexData& vd = *mi->vertices;
     EXPECT_EQ(*mi->indices, (std::vector<uint32_t>{0, 1, 3, 3, 1, 2}));
@@ -317,10 +305,10 @@ TEST(Unwrap, SharedVertexDataSurvivesForGeometryLeftAlone) {
     TestScene ts;
     Geometry* unwrapped = ts.AddGeometry({Cube()});
     Geometry* skipped = ts.AddGeometry({});
-    auto* strip = new MeshInstance;
+    auto* strip = New<MeshInstance>(ts.scene);
     strip->primitiveType = 4;
     strip->vertices = unwrapped->meshInstances[0]->vertices;
-    strip->indices = new std::vector<uint32_t>{0, 1, 2};
+    strip->indices = New<std::vector<uint32_t>>(ts.scene, std::vector<uint32_t>{0, 1, 2});
     skipped->meshInstances.push_back(strip);
     ts.AddNode(unwrapped, Mat4());
     ts.AddNode(skipped, Mat4());
@@ -338,14 +326,14 @@ TEST(Unwrap, MorphDeltasFollowTheirVertices) {
     for (uint32_t v = 0; v < n; ++v) cyl.first.joints.insert(cyl.first.joints.end(), {uint16_t(v), 0, 0, 0});
     Geometry* g = ts.AddGeometry({cyl, Cube()});
     ts.AddNode(g, Mat4());
-    auto* sparse = new MorphTarget(n);
+    auto* sparse = New<MorphTarget>(ts.scene, n);
     sparse->name = "sparse";
     sparse->defaultWeight = 0.5f;
     for (uint32_t v = 0; v < n; v += 3) sparse->deltaPositions[3 * v + 1] = 1.0f + float(v);
     Compact(*sparse, 1e-6f);
-    auto* dense = new MorphTarget(n);
+    auto* dense = New<MorphTarget>(ts.scene, n);
     for (uint32_t v = 0; v < n; ++v) dense->deltaNormals[3 * v] = float(v);
-    auto* shared = new Morph;
+    auto* shared = New<Morph>(ts.scene);
     shared->targets = {sparse, dense};
     g->meshInstances[0]->morph = shared;
     g->meshInstances[1]->morph = shared;  // nonsense for the cube's vertices, but legal
@@ -382,12 +370,11 @@ TEST(Unwrap, MorphDeltasFollowTheirVertices) {
 
 TEST(Unwrap, DegenerateTrianglesGiveFiniteCoordinates) {
     // Faces of zero area get no chart; their vertices must still get usable numbers.
-    MeshOwner owner;
+    Scene owner;
     VertexData data;
     data.positions = {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1};
-    MeshInstance* mi = owner.Make(data, {0, 1, 2, 3, 3, 3});
-    UnwrapGeometry({mi}, 1.0f, 16.0f);
-    owner.Adopt(mi);
+    MeshInstance* mi = MakeInstance(owner, data, {0, 1, 2, 3, 3, 3});
+    UnwrapGeometry(owner, {mi}, 1.0f, 16.0f);
     for (float f : mi->vertices->texCoords[0]) EXPECT_TRUE(std::isfinite(f)) << f;
 }
 
@@ -453,12 +440,12 @@ TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
     data.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
     Geometry* g = ts.AddGeometry({{data, {0, 1, 2, 0, 2, 3}}});
     ts.AddNode(g, Mat4());
-    auto* target = new MorphTarget;
+    auto* target = New<MorphTarget>(ts.scene);
     target->indices = {0xFFFFFFF0u, 2};
     target->count = 2;
     target->deltaPositions = {5, 5, 5, 0, 0, 1};
     target->deltaNormals = {0, 0, 0, 0, 0, 0};
-    auto* morph = new Morph;
+    auto* morph = New<Morph>(ts.scene);
     morph->targets = {target};
     g->meshInstances[0]->morph = morph;
 

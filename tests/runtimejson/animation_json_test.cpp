@@ -11,6 +11,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 class AnimationFile : public ::testing::Test {
 protected:

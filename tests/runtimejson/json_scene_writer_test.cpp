@@ -13,6 +13,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 class JsonSceneWriter : public ::testing::Test {
 protected:

@@ -20,6 +20,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 class Random {
 public:
@@ -60,7 +61,7 @@ void FillScene(SceneBuilder& b, Random& r, Texture* strayTexture, Material* stra
         for (int m = r.Int(0, 3); m > 0; --m) {
             MeshBuilder mesh = b.AddMesh(geometry).Type(uint32_t(r.Int(0, 6))).WithMaterial(materials[size_t(r.Int(0, 3))]);
             if (r.Chance(80)) {
-                VertexData* v = SceneBuilder::NewVertices();
+                VertexData* v = b.NewVertices();
                 v->positions = r.Floats(10);
                 v->normals = r.Floats(10);
                 v->colors = r.Floats(10);
@@ -70,14 +71,14 @@ void FillScene(SceneBuilder& b, Random& r, Texture* strayTexture, Material* stra
                 mesh.Vertices(v);
             }
             if (r.Chance(50)) mesh.Indices({0, 1, 2, 7});
-            if (r.Chance(40)) mesh.WithSkin(SceneBuilder::NewSkin({r.Int(-1, 12), r.Int(0, 12)}));
+            if (r.Chance(40)) mesh.WithSkin(b.NewSkin({r.Int(-1, 12), r.Int(0, 12)}));
             if (r.Chance(40)) {
-                MorphTarget* target = SceneBuilder::NewTarget("t", r.Floats(0), {});
+                MorphTarget* target = b.NewTarget("t", r.Floats(0), {});
                 const int n = r.Int(0, 4);
                 *target = MorphTarget(uint32_t(n));
                 for (float& f : target->deltaPositions) f = r.Chance(50) ? r.Float() : 0.0f;
                 if (r.Chance(70)) Compact(*target, FLT_EPSILON);
-                mesh.WithMorph(SceneBuilder::NewMorph({target, nullptr}));
+                mesh.WithMorph(b.NewMorph({target, nullptr}));
             }
         }
         if (r.Chance(20)) geometry->meshInstances.push_back(nullptr);

@@ -8,6 +8,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 void FlipEverything(Material& m) {
     m.shadingModel = 3;

@@ -6,24 +6,24 @@
 
 namespace {
 
-using namespace testing_scene;
+using namespace testsupport;
 
 TEST(MetadataJson, CountsDistinctRecordsAndEveryPair) {
     SceneBuilder b;
     auto root = b.Root();
-    VertexData* quad = SceneBuilder::NewVertices();
+    VertexData* quad = b.NewVertices();
     quad->positions.assign(12, 0.0f);
     quad->normals.assign(12, 0.0f);
     quad->weights.assign(16, 0.25f);  // weights without joint indices: only blendWeight counts
-    VertexData* tri = SceneBuilder::NewVertices();
+    VertexData* tri = b.NewVertices();
     tri->positions.assign(9, 0.0f);
     tri->colors.assign(9, 1.0f);
     tri->texCoords[1].assign(6, 0.0f);
     tri->texCoords[2].assign(6, 0.0f);  // sets above 1 are not counted
-    Skin* skin = SceneBuilder::NewSkin({1});
+    Skin* skin = b.NewSkin({1});
     Geometry* g = b.AddGeometry("g", 1);
     b.AddMesh(g).Vertices(quad).Indices({0, 1, 2, 0, 2, 3}).WithSkin(skin);
-    b.AddMesh(g).Vertices(quad).WithMorph(SceneBuilder::NewMorph({}));  // 4 vertices, no indices: 1 triangle
+    b.AddMesh(g).Vertices(quad).WithMorph(b.NewMorph({}));  // 4 vertices, no indices: 1 triangle
     Geometry* h = b.AddGeometry("h", 2);
     b.AddMesh(h).Vertices(tri).WithSkin(skin);
     b.AddMesh(h).Indices({0, 1, 2});  // no vertex data at all

@@ -13,6 +13,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 std::string WriteText(const JsonValue& value, const JsonFormat& format) { return JsonWriter(format).WriteString(value); }
 
@@ -71,7 +72,7 @@ protected:
     void SetUp() override {
         auto root = b.Root();
         Geometry* body = b.AddGeometry("bodyMesh", 10);
-        VertexData* shared = SceneBuilder::NewVertices();
+        VertexData* shared = b.NewVertices();
         shared->positions = {0, 0, 0, 1, 0, 0, 0, 1, 0};
         shared->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
         const float nan = std::numeric_limits<float>::quiet_NaN();
@@ -83,24 +84,24 @@ protected:
         shared->texCoords[1] = {0.5f, 0.5f, 0.1f, 0.9f, 2, -1};
         shared->texCoords[2] = {9, 9, 9, 9, 9, 9};
 
-        Skin* skin = SceneBuilder::NewSkin({1, 99, 3});
+        Skin* skin = b.NewSkin({1, 99, 3});
         skin->inverseBindMatrices[0].m[12] = 1;
         skin->inverseBindMatrices[0].m[13] = 2;
         skin->inverseBindMatrices[0].m[14] = 3;
-        MorphTarget* smile = SceneBuilder::NewTarget("smile", {0, 0, 0, 0.5f, 0, 0, 0, 0, 0}, {0, 0, 0, 0, 0, 0, 0, 0.25f, 0});
-        MorphTarget* blank = SceneBuilder::NewTarget("blank", std::vector<float>(9, 0.0f), std::vector<float>(9, 0.0f));
+        MorphTarget* smile = b.NewTarget("smile", {0, 0, 0, 0.5f, 0, 0, 0, 0, 0}, {0, 0, 0, 0, 0, 0, 0, 0.25f, 0});
+        MorphTarget* blank = b.NewTarget("blank", std::vector<float>(9, 0.0f), std::vector<float>(9, 0.0f));
         Compact(*smile, FLT_EPSILON);
         Compact(*blank, FLT_EPSILON);
-        b.AddMesh(body).Vertices(shared).Indices({0, 1, 2}).WithSkin(skin).WithMorph(SceneBuilder::NewMorph({smile, blank}))
+        b.AddMesh(body).Vertices(shared).Indices({0, 1, 2}).WithSkin(skin).WithMorph(b.NewMorph({smile, blank}))
             .Box({-1, -2, -3}, {1, 2, 3});
         b.AddMesh(body).Vertices(shared).Type(1);
 
         Geometry* strip = b.AddGeometry("stripMesh", 11);
-        VertexData* odd = SceneBuilder::NewVertices();
+        VertexData* odd = b.NewVertices();
         odd->positions = {0, 0, 0, nan, 0, 0, inf, -inf, 0, 1e-7f, 1234567.0f, 0.1f};
         odd->texCoords[1] = std::vector<float>(8, 0.0f);
-        MorphTarget* dense = SceneBuilder::NewTarget("dense", {1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0});
-        b.AddMesh(strip).Vertices(odd).Indices({0, 1, 2, 3}).Type(4).WithMorph(SceneBuilder::NewMorph({dense}));
+        MorphTarget* dense = b.NewTarget("dense", {1, 2, 3, 4, 5, 6}, {0, 0, 0, 0, 0, 0});
+        b.AddMesh(strip).Vertices(odd).Indices({0, 1, 2, 3}).Type(4).WithMorph(b.NewMorph({dense}));
 
         root.Child("body", 1).WithGeometry(body).Child("joint", 3);
         root.Child("co\"py/\t\\n", 4).WithGeometry(body);  // escapes, and a stored escape pair
@@ -159,10 +160,10 @@ TEST(ModelJsonDeathTest, TargetShorterThanItsCountIsRefusedBeforeWriting) {
     SceneBuilder b;
     auto root = b.Root();
     Geometry* geometry = b.AddGeometry("g", 1);
-    MorphTarget* broken = SceneBuilder::NewTarget("broken", {1, 2, 3}, {0, 0, 0});
+    MorphTarget* broken = b.NewTarget("broken", {1, 2, 3}, {0, 0, 0});
     broken->count = 5;
-    VertexData* vertices = SceneBuilder::NewVertices();
-    b.AddMesh(geometry).Vertices(vertices).WithMorph(SceneBuilder::NewMorph({broken}));
+    VertexData* vertices = b.NewVertices();
+    b.AddMesh(geometry).Vertices(vertices).WithMorph(b.NewMorph({broken}));
     root.Child("a", 1).WithGeometry(geometry);
     const std::string path = ScratchPath("model_refused.json");
     std::remove(path.c_str());

@@ -10,6 +10,7 @@
 namespace {
 
 using namespace testing_scene;
+using namespace testsupport;
 
 TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
     SceneBuilder b;
@@ -19,15 +20,15 @@ TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
     Material ghost;  // not in the dictionary
     ghost.name = "ghost";
 
-    VertexData* bodyVertices = SceneBuilder::NewVertices();
+    VertexData* bodyVertices = b.NewVertices();
     bodyVertices->positions.assign(12, 0.0f);
     bodyVertices->normals.assign(12, 0.0f);
     Geometry* bodyMesh = b.AddGeometry("bodyMesh", 10);
-    b.AddMesh(bodyMesh).Vertices(bodyVertices).Indices({0, 1, 2, 0, 2, 3}).WithSkin(SceneBuilder::NewSkin({5, 6, 77}))
+    b.AddMesh(bodyMesh).Vertices(bodyVertices).Indices({0, 1, 2, 0, 2, 3}).WithSkin(b.NewSkin({5, 6, 77}))
         .WithMaterial(skinMat);
     b.AddMesh(bodyMesh).Vertices(bodyVertices).Type(1);  // lines add no triangles
 
-    VertexData* propVertices = SceneBuilder::NewVertices();
+    VertexData* propVertices = b.NewVertices();
     propVertices->positions.assign(9, 0.0f);
     propVertices->colors.assign(12, 0.5f);
     propVertices->joints.assign(12, 0);
@@ -39,10 +40,10 @@ TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
     b.AddMesh(propMesh).Vertices(propVertices).Compressed().WithMaterial(propMat);
     b.AddMesh(propMesh).WithMaterial(&ghost);
 
-    VertexData* rigVertices = SceneBuilder::NewVertices();
+    VertexData* rigVertices = b.NewVertices();
     rigVertices->positions.assign(9, 0.0f);
     Geometry* rigMesh = b.AddGeometry("rigMesh", 12);
-    b.AddMesh(rigMesh).Vertices(rigVertices).Indices({0, 1, 2}).WithSkin(SceneBuilder::NewSkin({4, 7}));
+    b.AddMesh(rigMesh).Vertices(rigVertices).Indices({0, 1, 2}).WithSkin(b.NewSkin({4, 7}));
 
     Camera camera;
     camera.projection = 2;
@@ -100,7 +101,7 @@ TEST(SceneMetadataJson, RootBone) {
         SceneBuilder b;
         auto root = b.Root();
         Geometry* g = b.AddGeometry("g", 1);
-        b.AddMesh(g).WithSkin(SceneBuilder::NewSkin(c.joints));
+        b.AddMesh(g).WithSkin(b.NewSkin(c.joints));
         root.Child("mesh", 1).WithGeometry(g);
         c.bones(root);
         const JsonValue render =
@@ -121,7 +122,7 @@ TEST(SceneMetadataJson, RootBoneOverADeepChainListedFromTheTip) {
     std::vector<int64_t> joints;
     for (int64_t id = kDepth; id >= 2; --id) joints.push_back(id);
     Geometry* g = b.AddGeometry("g", 1);
-    b.AddMesh(g).WithSkin(SceneBuilder::NewSkin(joints));
+    b.AddMesh(g).WithSkin(b.NewSkin(joints));
     for (uint64_t i = 0; i < 3; ++i) root.Child("user", 10000 + i).WithGeometry(g);
     GraphNode* bone = root.Child("b1", 1);
     for (uint64_t id = 2; id <= kDepth; ++id) bone = b.Node(bone).Child("b", id);

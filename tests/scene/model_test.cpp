@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "scene/scene.h"
 
@@ -139,24 +140,34 @@ TEST(SceneTest, DefaultsAndTearDownOfSharedRecords) {
     EXPECT_EQ(Light().outerConeAngle, 0.7853982f);
     EXPECT_EQ(Camera().orthoHeight, 4.0f);
 
-    // Two geometries sharing vertex data, a morph and a skin: the scene frees each once.
+    // Two geometries sharing vertex data, a morph and a skin, a placeholder geometry that no
+    // dictionary holds, a camera on two nodes: the scene frees each record once.
     auto* scene = new Scene;
-    auto* vd = new VertexData;
-    auto* morph = new Morph;
-    morph->targets.push_back(new MorphTarget(1));
-    auto* skin = new Skin;
+    auto* vd = scene->Own(std::make_unique<VertexData>());
+    auto* morph = scene->Own(std::make_unique<Morph>());
+    morph->targets.push_back(scene->Own(std::make_unique<MorphTarget>(1)));
+    auto* skin = scene->Own(std::make_unique<Skin>());
     for (uint64_t id = 0; id < 2; ++id) {
         auto* g = new Geometry;
         g->id = id;
-        auto* mi = new MeshInstance;
+        auto* mi = scene->Own(std::make_unique<MeshInstance>());
         mi->vertices = vd;
         mi->morph = morph;
         mi->skin = skin;
-        mi->indices = new std::vector<uint32_t>{0, 0, 0};
+        mi->indices = scene->Own(std::make_unique<std::vector<uint32_t>>(3, 0u));
         g->meshInstances.push_back(mi);
         scene->geometries.Add(g);
     }
+    auto* placeholder = scene->Own(std::make_unique<Geometry>());
+    placeholder->meshInstances.push_back(scene->geometries[0]->meshInstances[0]);
+    auto* camera = scene->Own(std::make_unique<Camera>());
     scene->root = new GraphNode;
     scene->root->geometry = scene->geometries[0];
+    scene->root->camera = camera;
+    scene->root->AddChild(new GraphNode);
+    scene->root->children[0]->geometry = placeholder;
+    scene->root->children[0]->camera = camera;
+    ASSERT_EQ(scene->Owned<MeshInstance>().size(), 2u);
+    EXPECT_EQ(scene->Owned<MeshInstance>()[1].get(), scene->geometries[1]->meshInstances[0]);
     delete scene;  // the sanitizer build catches a double free or leak here
 }

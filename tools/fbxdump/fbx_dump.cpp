@@ -1,6 +1,7 @@
 // Walks every record and value of binary FBX files through the field stream
-// and prints a summary per file (or, with -v, the whole tree). Exit 0 when
-// every file opened and every block could be read.
+// and prints a summary per file (or, with -v, the whole tree; with -n arrays
+// are skipped, not inflated). Exit 0 when every file opened and every block
+// could be read.
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -21,10 +22,16 @@ struct Totals {
     int maxDepth = 0;
 };
 
+bool skipArrays = false;
+
 void ReadValues(FbxFieldStream& stream, Totals& totals, bool verbose, int depth) {
     while (stream.ValuesLeft() > 0) {
         const char code = stream.ValueCode();
         ++totals.values;
+        if (skipArrays && code >= 'a') {
+            stream.ReadByte();
+            continue;
+        }
         size_t count = 0;
         const void* array = nullptr;
         switch (code) {
@@ -113,6 +120,10 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "-v") == 0) {
             verbose = true;
+            continue;
+        }
+        if (std::strcmp(argv[i], "-n") == 0) {
+            skipArrays = true;
             continue;
         }
         FbxStatus status;

@@ -1,16 +1,23 @@
-// Fluent construction of Scene objects for tests. Everything made here is handed to
-// the scene, whose destructor frees it.
+// Building scenes by hand in tests. Everything made here is handed to the scene: nodes
+// through the tree below its root, the rest through the dictionaries or Scene::Own.
 #pragma once
 
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "scene/scene.h"
 
-namespace testing_scene {
+namespace testsupport {
+
+// A record of the scene's pools, made and handed to the scene in one step.
+template <typename T, typename... Args>
+T* New(Scene& scene, Args&&... args) {
+    return scene.Own(std::make_unique<T>(std::forward<Args>(args)...));
+}
 
 class NodeBuilder {
 public:
@@ -22,13 +29,11 @@ public:
     NodeBuilder& ScaleCompensation(bool on = true) { node_->scaleCompensation = on; return *this; }
     NodeBuilder& WithGeometry(Geometry* geometry) { node_->geometry = geometry; return *this; }
     NodeBuilder& WithCamera(const Camera& camera) {
-        node_->camera = new Camera(camera);
-        scene_.ownedCameras.push_back(node_->camera);
+        node_->camera = New<Camera>(scene_, camera);
         return *this;
     }
     NodeBuilder& WithLight(const Light& light) {
-        node_->light = new Light(light);
-        scene_.ownedLights.push_back(node_->light);
+        node_->light = New<Light>(scene_, light);
         return *this;
     }
     // A new child, appended after the existing ones.
@@ -50,11 +55,11 @@ private:
 
 class MeshBuilder {
 public:
-    explicit MeshBuilder(MeshInstance* instance) : mesh_(instance) {}
+    MeshBuilder(Scene& scene, MeshInstance* instance) : scene_(scene), mesh_(instance) {}
 
     MeshBuilder& Type(uint32_t primitiveType) { mesh_->primitiveType = primitiveType; return *this; }
     MeshBuilder& Indices(std::initializer_list<uint32_t> indices) {
-        mesh_->indices = new std::vector<uint32_t>(indices);
+        mesh_->indices = New<std::vector<uint32_t>>(scene_, indices);
         return *this;
     }
     MeshBuilder& Vertices(VertexData* vertices) { mesh_->vertices = vertices; return *this; }
@@ -73,6 +78,7 @@ public:
     operator MeshInstance*() const { return mesh_; }
 
 private:
+    Scene& scene_;
     MeshInstance* mesh_;
 };
 
@@ -98,26 +104,25 @@ public:
     }
     // A new mesh instance appended to the geometry.
     MeshBuilder AddMesh(Geometry* geometry) {
-        auto* instance = new MeshInstance();
+        MeshInstance* instance = New<MeshInstance>(*scene_);
         geometry->meshInstances.push_back(instance);
-        return MeshBuilder(instance);
+        return MeshBuilder(*scene_, instance);
     }
-    // Vertex data, skins and morphs are freed through the mesh instances that use them.
-    static VertexData* NewVertices() { return new VertexData(); }
-    static Skin* NewSkin(std::vector<int64_t> joints) {
-        auto* skin = new Skin();
+    VertexData* NewVertices() { return New<VertexData>(*scene_); }
+    Skin* NewSkin(std::vector<int64_t> joints) {
+        Skin* skin = New<Skin>(*scene_);
         skin->joints = std::move(joints);
         skin->inverseBindMatrices.resize(skin->joints.size());
         return skin;
     }
-    static Morph* NewMorph(std::initializer_list<MorphTarget*> targets) {
-        auto* morph = new Morph();
+    Morph* NewMorph(std::initializer_list<MorphTarget*> targets) {
+        Morph* morph = New<Morph>(*scene_);
         morph->targets = targets;
         return morph;
     }
     // A dense target: positions and normals three floats per vertex.
-    static MorphTarget* NewTarget(const std::string& name, std::vector<float> positions, std::vector<float> normals) {
-        auto* target = new MorphTarget(static_cast<uint32_t>(positions.size() / 3));
+    MorphTarget* NewTarget(const std::string& name, std::vector<float> positions, std::vector<float> normals) {
+        MorphTarget* target = New<MorphTarget>(*scene_, static_cast<uint32_t>(positions.size() / 3));
         target->name = name;
         target->deltaPositions = std::move(positions);
         target->deltaNormals = std::move(normals);
@@ -164,4 +169,4 @@ inline VectorChannel Channel(int32_t interpolation, std::vector<float> times, st
     return channel;
 }
 
-}  // namespace testing_scene
+}  // namespace testsupport

@@ -1,0 +1,270 @@
+// The morph weight transfer: source meshes and their channels as read from a document, the
+// bindings of the ten groups with their console lines, and the weight tracks and Morphs of
+// the slots.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "avatar/avatar_tables.h"
+#include "avatar/morph_transfer.h"
+#include "avatar/placeholder.h"
+#include "fbx/fbx_anim.h"
+#include "fbx/fbx_deformer.h"
+#include "fbx/fbx_geometry.h"
+#include "fbx/fbx_manager.h"
+#include "fbx/fbx_node.h"
+
+namespace {
+
+class SourceDocument {
+public:
+    SourceDocument() : manager_(FbxManager::Create()), scene_(FbxScene::Create(manager_, "My Scene")) {}
+    ~SourceDocument() { manager_->Destroy(); }
+    SourceDocument(const SourceDocument&) = delete;
+    SourceDocument& operator=(const SourceDocument&) = delete;
+
+    FbxScene* Scene() const { return scene_; }
+    FbxNode* Node(const std::string& name) const {
+        FbxNode* node = FbxNode::Create(scene_, name.c_str());
+        scene_->GetRootNode()->AddChild(node);
+        return node;
+    }
+    // A mesh on the node with one blend shape per list of channel names.
+    FbxMesh* Mesh(FbxNode* node, const std::vector<std::vector<std::string>>& blendShapes) const {
+        FbxMesh* mesh = FbxMesh::Create(scene_, "");
+        node->SetNodeAttribute(mesh);
+        for (const std::vector<std::string>& channels : blendShapes) {
+            FbxBlendShape* blendShape = FbxBlendShape::Create(scene_, "");
+            mesh->ConnectSrcObject(blendShape);
+            for (const std::string& name : channels)
+                blendShape->ConnectSrcObject(FbxBlendShapeChannel::Create(scene_, name.c_str()));
+        }
+        return mesh;
+    }
+    FbxAnimLayer* Stack() const {
+        FbxAnimStack* stack = FbxAnimStack::Create(scene_, "take");
+        FbxAnimLayer* layer = FbxAnimLayer::Create(scene_, "base");
+        stack->ConnectSrcObject(layer);
+        return layer;
+    }
+
+private:
+    FbxManager* manager_;
+    FbxScene* scene_;
+};
+
+std::vector<std::string> Keys(const ChannelCurves& channels) {
+    std::vector<std::string> names;
+    for (const auto& [name, curve] : channels) names.push_back(name);
+    return names;
+}
+
+TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
+    SourceDocument doc;
+    FbxAnimLayer* layer = doc.Stack();
+    FbxMesh* head = doc.Mesh(doc.Node("C_head_GEO"),
+                             {{"blendShape1.ai_jawOpen", "ai_noseSneer_L", "a.b.c"}, {"second.ai_jawOpen"}});
+    doc.Mesh(doc.Node("universal_head_eyelash_GEO"), {{"x.ai_eyeIrisUp_L"}});  // no C_ prefix
+    doc.Mesh(doc.Node("C_GEO"), {});                                           // no blend shape
+    doc.Node("C_face_GEO");                                                    // not a mesh
+    doc.Mesh(doc.Node("C_brow_GEO"), {{"b.ai_browDown_L"}});
+    // A keyed channel: its curve is the one found.
+    FbxAnimCurve* keyed = head->GetShapeChannel(0, 0, layer, true);
+    keyed->KeySetValue(keyed->KeyAdd(FbxTime(0)), 50.0f);
+
+    testing::internal::CaptureStdout();
+    const SourceChannels sources = CollectSourceChannels(doc.Scene());
+    const std::string out = testing::internal::GetCapturedStdout();
+
+    EXPECT_EQ(out,
+              "SOURCE MESH NAME: head\n  ai_jawOpen\n  ai_noseSneer_L\n  b.c\n  ai_jawOpen\n"
+              "SOURCE MESH NAME: GEO\n"
+              "SOURCE MESH NAME: brow\n  ai_browDown_L\n");
+    ASSERT_EQ(sources.size(), 2u);
+    ASSERT_NE(sources.Find("head"), nullptr);
+    ASSERT_NE(sources.Find("brow"), nullptr);
+    EXPECT_EQ(sources.Find("GEO"), nullptr);
+    // ai_jawOpen keeps its first place; the second blend shape's curve replaces the first.
+    const ChannelCurves& channels = *sources.Find("head");
+    EXPECT_EQ(Keys(channels), (std::vector<std::string>{"ai_jawOpen", "ai_noseSneer_L", "b.c"}));
+    EXPECT_EQ(*channels.Find("ai_jawOpen"), head->GetShapeChannel(1, 0, layer, false));
+    EXPECT_NE(*channels.Find("ai_jawOpen"), keyed);
+    // Channels without animation get an empty curve on the layer, never null.
+    FbxAnimCurve* const* sneer = channels.Find("ai_noseSneer_L");
+    ASSERT_NE(*sneer, nullptr);
+    EXPECT_EQ((*sneer)->KeyGetCount(), 0);
+    EXPECT_EQ(*sneer, head->GetShapeChannel(0, 1, layer, false));
+}
+
+TEST(CollectSourceChannels, NothingWithoutAStack) {
+    SourceDocument doc;
+    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
+    testing::internal::CaptureStdout();
+    const SourceChannels sources = CollectSourceChannels(doc.Scene());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(sources.size(), 0u);
+}
+
+TEST(CollectSourceChannels, ALaterMeshOfTheSameNameReplacesTheMapInItsPlace) {
+    SourceDocument doc;
+    doc.Stack();
+    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
+    doc.Mesh(doc.Node("C_brow_GEO"), {{"s.ai_browUp_L"}});
+    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_mouthLeft"}});
+    testing::internal::CaptureStdout();
+    const SourceChannels sources = CollectSourceChannels(doc.Scene());
+    testing::internal::GetCapturedStdout();
+    std::vector<std::string> meshes;
+    for (const auto& [mesh, channels] : sources) meshes.push_back(mesh);
+    EXPECT_EQ(meshes, (std::vector<std::string>{"head", "brow"}));
+    EXPECT_EQ(Keys(*sources.Find("head")), (std::vector<std::string>{"ai_mouthLeft"}));
+}
+
+class Bindings : public testing::Test {
+protected:
+    Bindings() {
+        jaw = FbxAnimCurve::Create(doc.Scene(), "");
+        headBrow = FbxAnimCurve::Create(doc.Scene(), "");
+        ownBrow = FbxAnimCurve::Create(doc.Scene(), "");
+        sources["head"]["ai_jawOpen"] = jaw;
+        sources["head"]["ai_browDown_L"] = headBrow;
+        sources["brow"]["ai_browDown_L"] = ownBrow;
+        testing::internal::CaptureStdout();
+        bindings = BindGroupChannels(sources);
+        out = testing::internal::GetCapturedStdout();
+    }
+    // The lines of one group, from its TargetName line to the next one.
+    std::string Block(const std::string& group) const {
+        const size_t start = out.find("TargetName : " + group + "\n");
+        if (start == std::string::npos) return "";
+        return out.substr(start, out.find("TargetName : ", start + 1) - start);
+    }
+
+    SourceDocument doc;
+    FbxAnimCurve* jaw;
+    FbxAnimCurve* headBrow;
+    FbxAnimCurve* ownBrow;
+    SourceChannels sources;
+    GroupChannelBindings bindings;
+    std::string out;
+};
+
+TEST_F(Bindings, GroupsComeInTheirFixedOrder) {
+    std::vector<std::string> order;
+    for (size_t at = out.find("TargetName : "); at != std::string::npos; at = out.find("TargetName : ", at + 1))
+        order.push_back(out.substr(at + 13, out.find('\n', at) - at - 13));
+    EXPECT_EQ(order, (std::vector<std::string>{"head", "facial_hair", "headMouth", "brow", "browring", "tonguering",
+                                               "eyelash", "earring", "nosering", "mouthring"}));
+    EXPECT_EQ(bindings.size(), 10u);
+}
+
+TEST_F(Bindings, ARingTakesTheHeadsChannelOfItsName) {
+    EXPECT_EQ(Block("earring"),
+              "TargetName : earring\nSourceName : head\ntargetMorphTargets size: 1\nsourceMorphTargets size: 2\n"
+              "  ai_jawOpen  FOUND\n");
+    const GroupChannelBinding& earring = bindings.at("earring");
+    EXPECT_EQ(earring.names, (std::vector<std::string>{"ai_jawOpen"}));
+    EXPECT_EQ(earring.curves, (std::vector<FbxAnimCurve*>{jaw}));
+}
+
+TEST_F(Bindings, AMissingSourceMeshFallsBackToHeadAndSaysSo) {
+    std::string expected =
+        "TargetName : headMouth\nSourceName : headMouth\ntargetMorphTargets size: 9\n"
+        "Trying to use head\nhead 2\nbrow 1\n2\nsourceMorphTargets size: 2\n";
+    for (const char* name : {"ai_tongueDn", "ai_tongueLeft", "ai_tongueOut", "ai_tongueRaise", "ai_tongueRight",
+                             "ai_tongueUp", "ca_jawOpen", "ca_teethLowerFlat", "ca_teethUpperFlat"})
+        expected += std::string("  ") + name + "  NOT FOUND\n";
+    EXPECT_EQ(Block("headMouth"), expected);
+    const GroupChannelBinding& mouth = bindings.at("headMouth");
+    EXPECT_EQ(mouth.names.size(), 9u);
+    EXPECT_EQ(mouth.curves, std::vector<FbxAnimCurve*>(9, nullptr));
+}
+
+TEST_F(Bindings, BrowReadsItsOwnMeshAndBrowringTheHead) {
+    EXPECT_EQ(bindings.at("brow").curves.at(0), ownBrow);      // ai_browDown_L of C_brow_GEO
+    EXPECT_EQ(bindings.at("browring").curves.at(0), headBrow);  // ai_browDown_L of C_head_GEO
+    EXPECT_EQ(bindings.at("browring").names.back(), "ai_neutral");
+    EXPECT_EQ(bindings.at("browring").curves.back(), nullptr);
+    // Names and curves run in the order of the morph list, found or not.
+    EXPECT_EQ(bindings.at("head").names, MorphNamesForGroup("head"));
+    EXPECT_EQ(bindings.at("head").curves.back(), jaw);  // ai_jawOpen ends the head's list
+}
+
+// -- Weight tracks and Morphs -------------------------------------------------------------
+
+class Transfer : public testing::Test {
+protected:
+    Transfer() {
+        scene.root = new GraphNode;
+        for (uint64_t id : {11u, 12u, 13u}) {
+            auto* slot = new GraphNode;
+            slot->id = id;
+            if (id != 13u) slot->geometry = MakePlaceholderGeometry(scene);
+            scene.root->AddChild(slot);
+            slots.push_back(slot);
+        }
+        bindings["earring"] = GroupChannelBinding{{"ai_jawOpen"}, {nullptr}};
+        bindings["brow"] = GroupChannelBinding{{"ai_browDown_L", "ai_browUp_L"}, {nullptr, nullptr}};
+        groups = {SlotGroup{"earring", {slots[0], slots[1]}}, SlotGroup{"brow", {slots[2]}}};
+    }
+
+    // Percentages as the curves give them; the tangents in percent a second.
+    static WeightsChannel Sampled(std::span<FbxAnimCurve* const> curves) {
+        WeightsChannel w;
+        w.defaults.assign(curves.size(), 50.0f);
+        w.interpolation = 2;
+        w.times = {0.0f, 1.0f};
+        w.values = {std::vector<float>(curves.size(), 10.0f), std::vector<float>(curves.size(), 100.0f)};
+        w.inTangents = {std::vector<float>(curves.size(), 0.0f), std::vector<float>(curves.size(), 30.0f)};
+        w.outTangents = w.inTangents;
+        return w;
+    }
+
+    Scene scene;
+    std::vector<GraphNode*> slots;
+    GroupChannelBindings bindings;
+    GroupNodes groups;
+};
+
+TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnits) {
+    TakeTracks take;
+    take.TrackFor(99).rotation.times = {0.0f};  // a node track made before
+    take.TrackFor(12);                          // a slot that already has a track keeps it
+    TransferMorphAnimation(scene, groups, bindings, take, Sampled);
+
+    std::vector<uint64_t> ids;
+    for (const AnimationTrack& track : take.tracks) ids.push_back(track.nodeId);
+    EXPECT_EQ(ids, (std::vector<uint64_t>{99, 12, 11, 13}));
+    const WeightsChannel& w = take.tracks[take.index.at(11)].weights;
+    // 10 % and 100 % are 0.1 and 1: 10 * 0.01 in double rounds to 0.1f (in float it would
+    // give 0.099999994). 30 % a second is 0.3 a second, 0.30000001192 as a float.
+    EXPECT_EQ(w.values, (std::vector<std::vector<float>>{{0.1f}, {1.0f}}));
+    EXPECT_EQ(w.inTangents, (std::vector<std::vector<float>>{{0.0f}, {0.3f}}));
+    EXPECT_EQ(w.outTangents, w.inTangents);
+    EXPECT_EQ(w.defaults, (std::vector<float>{50.0f}));  // defaults stay as sampled
+    EXPECT_EQ(take.tracks[take.index.at(13)].weights.values.size(), 2u);
+    EXPECT_EQ(take.tracks[take.index.at(13)].weights.values[0].size(), 2u);
+    EXPECT_EQ(take.tracks[take.index.at(99)].weights.times.size(), 0u);
+}
+
+TEST_F(Transfer, EachSlotGetsAMorphOfItsOwnPerTake) {
+    TakeTracks first;
+    TransferMorphAnimation(scene, groups, bindings, first, Sampled);
+    Morph* a = slots[0]->geometry->meshInstances.at(0)->morph;
+    Morph* b = slots[1]->geometry->meshInstances.at(0)->morph;
+    ASSERT_NE(a, nullptr);
+    ASSERT_NE(b, nullptr);
+    EXPECT_NE(a, b);
+    ASSERT_EQ(a->targets.size(), 1u);
+    EXPECT_EQ(a->targets[0]->name, "face_shapes.ai_jawOpen");
+    // The slot without a placeholder has a track but nothing to put a Morph on.
+    EXPECT_EQ(slots[2]->geometry, nullptr);
+    EXPECT_EQ(first.tracks.size(), 3u);
+
+    TakeTracks second;
+    TransferMorphAnimation(scene, groups, bindings, second, Sampled);
+    EXPECT_NE(slots[0]->geometry->meshInstances.at(0)->morph, a);
+}
+
+}  // namespace

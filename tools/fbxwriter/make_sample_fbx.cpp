@@ -1,0 +1,82 @@
+// Writes the project's sample avatar animation source: a small rig, the geo_GRP/head_GRP
+// group with a head mesh whose blend-shape channels carry ai_* names, and two takes, in
+// centimetres as authoring tools usually save avatars.
+//
+//   vurl_make_sample_fbx OUT.fbx
+#include <cstdio>
+
+#include "fbx_scene_document.h"
+
+using fbxwriter::Key;
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s OUT.fbx\n", argv[0]);
+        return 2;
+    }
+    fbxwriter::SceneDocument doc;
+    doc.SetUnitScale(1.0);
+    doc.SetTimeMode(6);  // 30 frames a second
+
+    const int64_t avatar = doc.AddNode("avatar");
+    doc.AddAttribute(avatar, "Null");
+
+    const int64_t rig = doc.AddNode("rig", avatar);
+    doc.AddAttribute(rig, "Null");
+    const int64_t spine = doc.AddNode("C_spine0002_bind_JNT", rig, "LimbNode");
+    doc.AddAttribute(spine, "Root");
+    doc.SetLocal(spine, "Lcl Translation", 0.0, 105.0, 0.0);
+    const int64_t chest = doc.AddNode("C_spine0003_bind_JNT", spine, "LimbNode");
+    doc.AddAttribute(chest, "LimbNode");
+    doc.SetLocal(chest, "Lcl Translation", 0.0, 12.0, 0.0);
+    const int64_t neck = doc.AddNode("C_neck0001_bind_JNT", chest, "LimbNode");
+    doc.AddAttribute(neck, "LimbNode");
+    doc.SetLocal(neck, "Lcl Translation", 0.0, 18.0, 1.0);
+    // Joint orient as authoring tools write it: a pre-rotation that the load bakes away.
+    doc.SetBool(neck, "RotationActive", true);
+    doc.SetVector(neck, "PreRotation", 0.0, 0.0, 5.0);
+    const int64_t head = doc.AddNode("C_head_bind_JNT", neck, "LimbNode");
+    doc.AddAttribute(head, "LimbNode");
+    doc.SetLocal(head, "Lcl Translation", 0.0, 9.0, 0.0);
+    const int64_t browL = doc.AddNode("L_eyeBrow_bind_JNT", head, "LimbNode");
+    doc.AddAttribute(browL, "LimbNode");
+    doc.SetLocal(browL, "Lcl Translation", 3.0, 11.0, 8.5);
+    const int64_t browR = doc.AddNode("R_eyeBrow_bind_JNT", head, "LimbNode");
+    doc.AddAttribute(browR, "LimbNode");
+    doc.SetLocal(browR, "Lcl Translation", -3.0, 11.0, 8.5);
+
+    const int64_t geo = doc.AddNode("geo_GRP", avatar);
+    doc.AddAttribute(geo, "Null");
+    const int64_t headGroup = doc.AddNode("head_GRP", geo);
+    doc.AddAttribute(headGroup, "Null");
+    const int64_t headMesh = doc.AddNode("C_head_GEO", headGroup, "Mesh");
+    const int64_t headGeometry = doc.AddMesh(headMesh, "C_head_GEOShape");
+    const int64_t blendShape = doc.AddBlendShape(headGeometry, "blendShape1");
+    const char* channelNames[] = {"blendShape1.ai_jawOpen", "blendShape1.ai_browDown_L", "blendShape1.ai_mouthSmile_L",
+                                  "blendShape1.ai_noseSneer_R"};
+    int64_t channels[4];
+    for (int k = 0; k < 4; ++k) channels[k] = doc.AddBlendShapeChannel(blendShape, channelNames[k]);
+
+    // Take 1: the head nods once.
+    const int64_t idle = doc.AddStack("idle", 0.0, 1.0);
+    const int64_t idleLayer = doc.AddLayer(idle);
+    doc.AnimateVector(idleLayer, head, "Lcl Rotation", "R", {0.0, 0.0, 0.0},
+                      {{{{0.0, 0.0f}, {0.5, 12.0f}, {1.0, 0.0f}}, {}, {}}});
+    doc.AnimateNumber(idleLayer, channels[1], "DeformPercent", 0.0, {{0.0, 0.0f}, {0.5, 40.0f}, {1.0, 0.0f}});
+
+    // Take 2: the jaw opens and the mouth smiles while the head turns.
+    const int64_t talk = doc.AddStack("talk", 0.0, 2.0);
+    const int64_t talkLayer = doc.AddLayer(talk);
+    doc.AnimateVector(talkLayer, head, "Lcl Rotation", "R", {0.0, 0.0, 0.0},
+                      {{{}, {{0.0, 0.0f}, {1.0, -20.0f}, {2.0, 0.0f}}, {}}},
+                      fbxwriter::Interpolation::Cubic);
+    doc.AnimateNumber(talkLayer, channels[0], "DeformPercent", 0.0,
+                      {{0.0, 0.0f}, {0.5, 100.0f}, {1.0, 20.0f}, {1.5, 80.0f}, {2.0, 0.0f}});
+    doc.AnimateNumber(talkLayer, channels[2], "DeformPercent", 0.0, {{0.0, 0.0f}, {2.0, 60.0f}});
+
+    if (!fbxwriter::SaveFile(argv[1], doc.Bytes())) {
+        std::fprintf(stderr, "cannot write %s\n", argv[1]);
+        return 1;
+    }
+    return 0;
+}
