@@ -91,9 +91,27 @@ void TimeRange::Add(const TimeRange& other) {
 }
 
 std::array<FbxAnimCurve*, 3> PropertyCurves(FbxProperty& property, FbxAnimLayer* layer) {
-    const char* name = property.GetName();
-    return {property.GetCurve(layer, name, "X", false), property.GetCurve(layer, name, "Y", false),
-            property.GetCurve(layer, name, "Z", false)};
+    // What GetCurve(layer, property name, channel, false) finds for each channel: the first
+    // curve node of the property on the layer, then the channel's first curve. The node is
+    // found once for the three, in one pass over the property's sources: a property has a
+    // curve node for every take, and fetching them by index would walk the list once each.
+    std::array<FbxAnimCurve*, 3> curves{};
+    if (!property.IsValid() || !layer) return curves;
+    FbxAnimCurveNode* node = nullptr;
+    for (const FbxProperty& source : property.Sources()) {
+        FbxObject* object = source.IsRoot() ? source.GetFbxObject() : nullptr;
+        if (object && object->Is<FbxAnimCurveNode>() && object->IsConnectedDstObject(layer)) {
+            node = static_cast<FbxAnimCurveNode*>(object);
+            break;
+        }
+    }
+    if (!node) return curves;
+    static constexpr const char* kChannels[3] = {"X", "Y", "Z"};
+    for (size_t axis = 0; axis < 3; ++axis) {
+        const int channel = node->GetChannelIndex(kChannels[axis]);
+        if (channel >= 0 && channel < node->GetChannelsCount()) curves[axis] = node->GetCurve(channel, 0);
+    }
+    return curves;
 }
 
 TimeRange CurveTimeRange(FbxProperty& property, FbxAnimLayer* layer) { return CurveTimeRange(PropertyCurves(property, layer)); }
