@@ -9,15 +9,15 @@ constexpr float kTargetThreshold = 1e-6f;
 }  // namespace
 
 Geometry* MakePlaceholderGeometry(Scene& scene) {
-    auto* vertices = scene.Own(std::make_unique<VertexData>());
+    VertexData* vertices = scene.Own(std::make_unique<VertexData>());
     vertices->positions = {0.0f, 0.0f, 0.0f, kTiny, 0.0f, 0.0f, kTiny, kTiny, kTiny};
     vertices->normals = {0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 1.0f};
 
-    auto* instance = scene.Own(std::make_unique<MeshInstance>());
+    MeshInstance* instance = scene.Own(std::make_unique<MeshInstance>());
     instance->indices = scene.Own(std::make_unique<std::vector<uint32_t>>(std::vector<uint32_t>{0, 1, 2}));
     instance->vertices = vertices;
 
-    auto* geometry = scene.Own(std::make_unique<Geometry>());
+    Geometry* geometry = scene.Own(std::make_unique<Geometry>());
     geometry->name = "dummy_mesh";
     geometry->id = 1;
     geometry->meshInstances.push_back(instance);
@@ -25,7 +25,7 @@ Geometry* MakePlaceholderGeometry(Scene& scene) {
 }
 
 MorphTarget* MakePlaceholderMorphTarget(Scene& scene, const std::string& morphName) {
-    auto* target = scene.Own(std::make_unique<MorphTarget>(3));
+    MorphTarget* target = scene.Own(std::make_unique<MorphTarget>(3));
     target->name = "face_shapes." + morphName;
     // The first delta moves along z while the mesh's first vertex sits at the origin: the
     // runtime only needs a target that is not empty, not one that matches the mesh.

@@ -12,6 +12,6 @@
 // scene's geometry dictionary.
 Geometry* MakePlaceholderGeometry(Scene& scene);
 
-// A compacted target named "face_shapes." + morphName with three small deltas. Owned by
-// the Morph it is appended to.
+// A compacted target named "face_shapes." + morphName with three small deltas, owned by
+// the scene; the caller appends it to a Morph.
 MorphTarget* MakePlaceholderMorphTarget(Scene& scene, const std::string& morphName);

@@ -3,14 +3,18 @@
 #include <cstdio>
 #include <fstream>
 #include <memory>
+#include <new>
+#include <system_error>
 
 #include "driver/export_plan.h"
 #include "driver/format_registry.h"
 #include "driver/help.h"
 #include "driver/manifest.h"
 #include "driver/options.h"
+#include "driver/output_guard.h"
 #include "meshpost/meshpost.h"
 #include "scene/console.h"
+#include "scene/memory_budget.h"
 #include "scene/options.h"
 
 namespace {
@@ -112,29 +116,46 @@ int RunVurl(const Args& args) {
 
     const FormatRegistry registry = BuildFormatRegistry();
 
-    ConsolePrint("Loading scene...\n");
-    std::unique_ptr<Scene> scene(LoadScene(registry, inputFile, options));
-    if (!scene) {
-        ConsolePrint("Failed to load scene.\n");
-        return 1;
-    }
+    // From here on, running out of memory in any stage ends the run with one line that names
+    // the stage; a writer cut short leaves no half-written file (WriteOutputs sees to that).
+    SetRunInput(inputFile);
+    try {
+        ConsolePrint("Loading scene...\n");
+        SetRunStage("loading the scene");
+        std::unique_ptr<Scene> scene(LoadScene(registry, inputFile, options));
+        if (!scene) {
+            ConsolePrint("Failed to load scene.\n");
+            return 1;
+        }
 
-    ConsolePrint("Processing scene...\n");
-    if (unwrapUv) {
-        ConsolePrint("Unwrapping UVs...\n");
-        UnwrapScene(*scene, unwrapUvTexelsPerMeter);
-    }
-    if (meshCompress == "draco") {
-        ConsolePrint("Compressing to draco...\n");
-        CompressScene(*scene, options.draco);
-    }
+        ConsolePrint("Processing scene...\n");
+        if (unwrapUv) {
+            ConsolePrint("Unwrapping UVs...\n");
+            SetRunStage("unwrapping UVs");
+            UnwrapScene(*scene, unwrapUvTexelsPerMeter);
+        }
+        if (meshCompress == "draco") {
+            ConsolePrint("Compressing to draco...\n");
+            SetRunStage("compressing to draco");
+            CompressScene(*scene, options.draco);
+        }
 
-    ConsolePrint("Exporting...\n");
-    std::vector<WrittenFile> writtenFiles = WriteOutputs(registry, *scene, names, animationNaming, prettyPrint);
-    if (!names.manifestFile.empty()) {
-        ConsolePrint("Writing %s...\n", names.manifestFile.c_str());
-        WriteManifest(writtenFiles, names.manifestFile);
+        ConsolePrint("Exporting...\n");
+        SetRunStage("exporting");
+        std::vector<WrittenFile> writtenFiles = WriteOutputs(registry, *scene, names, animationNaming, prettyPrint);
+        if (!names.manifestFile.empty()) {
+            ConsolePrint("Writing %s...\n", names.manifestFile.c_str());
+            SetRunStage("writing " + names.manifestFile);
+            GuardOutput(names.manifestFile, [&] { WriteManifest(writtenFiles, names.manifestFile); });
+        }
+        ConsolePrint("Export Complete!\n");
+        return 0;
+    } catch (const std::bad_alloc&) {
+        EndRunOutOfMemory();
+    } catch (const std::system_error& error) {
+        // A thread (xatlas starts some) that cannot get memory for its stack.
+        if (error.code() != std::errc::resource_unavailable_try_again && error.code() != std::errc::not_enough_memory)
+            throw;
+        EndRunOutOfMemory();
     }
-    ConsolePrint("Export Complete!\n");
-    return 0;
 }

@@ -2,7 +2,9 @@
 
 #include <cstring>
 
+#include "driver/output_guard.h"
 #include "scene/console.h"
+#include "scene/memory_budget.h"
 
 namespace {
 
@@ -83,8 +85,10 @@ std::vector<WrittenFile> WriteOutputs(const FormatRegistry& registry, const Scen
     std::vector<WrittenFile> writtenFiles;
     for (const std::string& name : PlanOutputFiles(names, takesByFile)) {
         ConsolePrint("Writing %s...\n", name.c_str());
+        SetRunStage("writing " + name);
         ExportOptions options = MakeExportOptions(name, names, takesByFile, prettyPrint);
-        WriteScene(registry, name, scene, options);  // a failed write does not change the run's result
+        // A failed write does not change the run's result.
+        GuardOutput(name, [&] { return WriteScene(registry, name, scene, options); });
         writtenFiles.push_back({name, std::move(options)});
     }
     return writtenFiles;

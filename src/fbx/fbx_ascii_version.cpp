@@ -1,6 +1,7 @@
 #include "fbx/fbx_ascii_version.h"
 
 #include <cctype>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -97,4 +98,12 @@ bool FbxScanAsciiVersionLine(std::string_view line, int32_t& version) {
     }
     version = numbers[0] * 1000 + numbers[1] * 100;
     return true;
+}
+
+bool FbxScanAsciiVersion(const uint8_t* data, size_t size, int32_t& version) {
+    const auto* text = reinterpret_cast<const char*>(data);
+    const void* newline = std::memchr(text, '\n', size);
+    std::string_view line(text, newline ? static_cast<size_t>(static_cast<const char*>(newline) - text) : size);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    return FbxScanAsciiVersionLine(line, version);
 }

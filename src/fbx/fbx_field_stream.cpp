@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "fbx/fbx_ascii_transcode.h"
 #include "fbx/fbx_ascii_version.h"
 #include "fbx/fbx_field_block.h"
 
@@ -77,28 +78,29 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
     // 1. Header, or the version line of a text file.
     const bool magic = size >= kHeaderSize && (std::memcmp(data, kMagicKaydara, 21) == 0 ||
                                                std::memcmp(data, kMagicAutodesk, 21) == 0);
+    uint32_t headerVersion = 0;
     if (!magic) {
-        const auto* text = reinterpret_cast<const char*>(data);
-        const void* newline = std::memchr(text, '\n', size);
-        std::string_view line(text, newline ? static_cast<size_t>(static_cast<const char*>(newline) - text) : size);
-        if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
         int32_t version = 0;
-        if (FbxScanAsciiVersionLine(line, version)) version_ = version;
-        // TEMPORARY: text FBX files are not read yet; a file with a valid
-        // version line is refused the same way as one without.
-        status_.SetCode(kFbxFailure, Corrupted(fileName_));
-        return false;
+        if (!FbxScanAsciiVersion(data, size, version)) {
+            status_.SetCode(kFbxFailure, Corrupted(fileName_));
+            return false;
+        }
+        version_ = version;
+        // A text file is read into the 64-bit record layout, which a stream of
+        // the 32-bit layout refuses like any file of the other layout.
+        if (binaryType_ != 1) return false;
+        if (!ReadText()) return false;
+    } else {
+        // 2. Version and byte order.
+        binary_ = true;
+        bigEndian_ = data[22] != 0;
+        headerVersion = FbxLoadU32(data + 23, bigEndian_);
+        version_ = static_cast<int32_t>(headerVersion);
+
+        // 3. Record layout gate: 7500 on has 64-bit words, 7400 and below 32-bit.
+        // A refusal here is no fault of the file: it sets no status.
+        if ((binaryType_ == 0 && headerVersion >= 7500) || (binaryType_ == 1 && headerVersion <= 7400)) return false;
     }
-
-    // 2. Version and byte order.
-    binary_ = true;
-    bigEndian_ = data[22] != 0;
-    const uint32_t headerVersion = FbxLoadU32(data + 23, bigEndian_);
-    version_ = static_cast<int32_t>(headerVersion);
-
-    // 3. Record layout gate: 7500 on has 64-bit words, 7400 and below 32-bit.
-    // A refusal here is no fault of the file: it sets no status.
-    if ((binaryType_ == 0 && headerVersion >= 7500) || (binaryType_ == 1 && headerVersion <= 7400)) return false;
 
     // 4, 5. FBXHeaderExtension, when it is the first record.
     headerEnd_ = kHeaderSize;
@@ -107,7 +109,7 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
     if (!ReadHeaderExtension(sectionStart, extension)) return false;
     // Between 7400 and 7500 both layouts may apply; the one that finds the
     // header extension is the file's.
-    if (binaryType_ == 1 && headerVersion < 7500 && !extension) return false;
+    if (binary_ && binaryType_ == 1 && headerVersion < 7500 && !extension) return false;
     if (headerInfo) *headerInfo = header_;
     if (header_.fbxVersion != 0) version_ = header_.fbxVersion;
 
@@ -126,6 +128,22 @@ bool FbxFieldStream::OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerIn
 
     // 8.
     return !openMainSection || OpenSection(0);
+}
+
+bool FbxFieldStream::ReadText() {
+    FbxAsciiImage image = FbxTranscodeAscii(bytes_->Data(), bytes_->Size(), version_);
+    if (image.fault == FbxAsciiFault::OutOfMemory) {
+        status_.SetCode(kFbxInsufficientMemory);
+        return false;
+    }
+    if (image.fault != FbxAsciiFault::None) {
+        status_.SetCode(kFbxInvalidFile, Corrupted(fileName_));
+        return false;
+    }
+    // From here on the text's records are the file; the text itself is not kept.
+    bytes_ = FbxFileBytes::Adopt(std::move(image.bytes));
+    text_ = true;
+    return true;
 }
 
 bool FbxFieldStream::ReadHeaderExtension(uint64_t& sectionStart, bool& found) {
@@ -284,6 +302,7 @@ void FbxFieldStream::Close() {
     bytes_.reset();
     fileName_.clear();
     binary_ = false;
+    text_ = false;
     bigEndian_ = false;
     version_ = 0;
     header_ = FbxFileHeaderInfo();

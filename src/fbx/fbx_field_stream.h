@@ -1,10 +1,11 @@
-// Binary FBX files as a tree of named fields. The reader walks it by name:
+// FBX files as a tree of named fields. The reader walks it by name:
 // begin the field "Objects", begin its block, begin a field "Model", read a
 // string, end the field. It never sees a byte offset.
 //
 // The whole file is held in memory once (FbxFileBytes); value lists are read
 // in place from it, nested blocks are parsed only when a caller descends into
-// them, and arrays are inflated on demand.
+// them, and arrays are inflated on demand. A text file is read once into the
+// binary record layout at open and then served the same way.
 #pragma once
 
 #include <cstddef>
@@ -28,6 +29,7 @@ public:
     static std::shared_ptr<const FbxFileBytes> ReadFile(const std::string& path);
     static std::shared_ptr<const FbxFileBytes> Borrow(const void* data, size_t size);
     static std::shared_ptr<const FbxFileBytes> Copy(const void* data, size_t size);
+    static std::shared_ptr<const FbxFileBytes> Adopt(std::vector<uint8_t>&& bytes);
 
     const uint8_t* Data() const { return data_; }
     size_t Size() const { return size_; }
@@ -37,6 +39,7 @@ private:
     const uint8_t* data_ = nullptr;
     size_t size_ = 0;
     uint8_t* owned_ = nullptr;
+    std::vector<uint8_t> adopted_;
 };
 
 // What FBXHeaderExtension tells about the file. Zero/empty for fields that the
@@ -181,6 +184,8 @@ public:
     int32_t FileVersion() const { return version_; }
     int BinaryType() const { return binaryType_; }
     bool IsBinary() const { return binary_; }
+    // A text file, served from its records read once into the 64-bit layout.
+    bool IsText() const { return text_; }
     bool IsBigEndian() const { return bigEndian_; }
     bool IsEncrypted() const { return header_.encryptionType == 1; }
     const FbxFileHeaderInfo& HeaderInfo() const { return header_; }
@@ -198,6 +203,7 @@ private:
         uint64_t capacity;
     };
     bool OpenBytes(bool openMainSection, FbxFileHeaderInfo* headerInfo);
+    bool ReadText();
     bool ReadHeaderExtension(uint64_t& sectionStart, bool& found);
     bool ReadHeaderFields();
     void BuildSectionList(uint64_t mainStart);
@@ -219,6 +225,7 @@ private:
     std::shared_ptr<const FbxFileBytes> bytes_;
     std::string fileName_;
     bool binary_ = false;
+    bool text_ = false;
     bool bigEndian_ = false;
     int32_t version_ = 0;
     FbxFileHeaderInfo header_;

@@ -63,3 +63,11 @@ std::shared_ptr<const FbxFileBytes> FbxFileBytes::Copy(const void* data, size_t 
     bytes->size_ = size;
     return bytes;
 }
+
+std::shared_ptr<const FbxFileBytes> FbxFileBytes::Adopt(std::vector<uint8_t>&& data) {
+    std::shared_ptr<FbxFileBytes> bytes(new FbxFileBytes);
+    bytes->adopted_ = std::move(data);
+    bytes->data_ = bytes->adopted_.data();
+    bytes->size_ = bytes->adopted_.size();
+    return bytes;
+}

@@ -1,9 +1,9 @@
 #include "fbx/fbx_geometry_converter.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <unordered_map>
-#include <unordered_set>
+#include <utility>
 
 #include "fbx/fbx_document.h"
 #include "fbx/fbx_geometry.h"
@@ -186,27 +186,40 @@ bool FbxTriangulateMesh(FbxMesh& mesh) {
     if (mesh.edges.empty()) return true;
     // Edges are rebuilt: every side of the new polygons once, named by its first polygon
     // vertex; values of edges that existed before follow them, new diagonals get zeros.
+    // Sorted keys rather than hash tables: sides of neighbouring polygons share control
+    // points, which crowds hash buckets.
     const std::vector<uint32_t> polygonOf = PolygonOfEachVertex(table);
-    std::unordered_map<uint64_t, int64_t> oldEdge;
-    oldEdge.reserve(mesh.edges.size());
+    std::vector<std::pair<uint64_t, int64_t>> oldEdges;
+    oldEdges.reserve(mesh.edges.size());
     for (size_t e = 0; e < mesh.edges.size(); ++e) {
         const int32_t p = mesh.edges[e];
         if (p < 0 || size_t(p) >= oldVertexCount) continue;
-        oldEdge.emplace(EdgeOf(table, polygonOf, uint32_t(p)), static_cast<int64_t>(e));
+        oldEdges.emplace_back(EdgeOf(table, polygonOf, uint32_t(p)), static_cast<int64_t>(e));
     }
-    std::unordered_set<uint64_t> seen;
-    seen.reserve(controlPoints.size());
-    std::vector<int32_t> edges;
-    std::vector<int64_t> edgeSource;
+    // Equal keys keep their file order, so that the first edge of a pair is the one found.
+    std::stable_sort(oldEdges.begin(), oldEdges.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<std::pair<uint64_t, uint32_t>> sides;  // key, polygon vertex
+    sides.reserve(controlPoints.size());
     for (size_t k = 0; k + 1 < start.size(); ++k) {
         for (uint32_t i = start[k]; i < start[k + 1]; ++i) {
             const uint32_t next = i + 1 < start[k + 1] ? i + 1 : start[k];
-            const uint64_t key = EdgeKey(controlPoints[i], controlPoints[next]);
-            if (!seen.insert(key).second) continue;
-            edges.push_back(static_cast<int32_t>(i));
-            const auto found = oldEdge.find(key);
-            edgeSource.push_back(found == oldEdge.end() ? -1 : found->second);
+            sides.emplace_back(EdgeKey(controlPoints[i], controlPoints[next]), i);
         }
+    }
+    std::vector<std::pair<uint64_t, uint32_t>> byKey = sides;
+    std::sort(byKey.begin(), byKey.end());
+    std::vector<bool> firstSide(controlPoints.size(), false);
+    for (size_t i = 0; i < byKey.size(); ++i)
+        if (i == 0 || byKey[i].first != byKey[i - 1].first) firstSide[byKey[i].second] = true;
+    std::vector<int32_t> edges;
+    std::vector<int64_t> edgeSource;
+    for (const auto& [key, vertex] : sides) {
+        if (!firstSide[vertex]) continue;
+        edges.push_back(static_cast<int32_t>(vertex));
+        const auto found = std::lower_bound(oldEdges.begin(), oldEdges.end(), key,
+                                            [](const auto& entry, uint64_t k) { return entry.first < k; });
+        edgeSource.push_back(found != oldEdges.end() && found->first == key ? found->second : -1);
     }
     FollowItems(mesh, FbxMappingMode::ByEdge, mesh.edges.size(), edgeSource);
     mesh.edges.swap(edges);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 
+#include "fbx/fbx_ascii_version.h"
 #include "fbx/fbx_document.h"
 #include "fbx/fbx_manager.h"
 #include "fbx/fbx_reader.h"
@@ -23,11 +24,16 @@ bool HasFbxExtension(const std::string& name) {
     return ext == "fbx";
 }
 
-bool HasBinaryMagic(const FbxFileBytes& bytes) {
+// The binary magic, or the version line of a text file.
+bool HasFbxContent(const FbxFileBytes& bytes) {
     static const char kKaydara[] = "Kaydara FBX Binary  ";
     static const char kAutodesk[] = "Autodesk FBX Binary ";
-    return bytes.Size() >= 21 && (std::memcmp(bytes.Data(), kKaydara, 21) == 0 ||
-                                  std::memcmp(bytes.Data(), kAutodesk, 21) == 0);
+    if (bytes.Size() >= 21 && (std::memcmp(bytes.Data(), kKaydara, 21) == 0 ||
+                               std::memcmp(bytes.Data(), kAutodesk, 21) == 0)) {
+        return true;
+    }
+    int32_t version = 0;
+    return FbxScanAsciiVersion(bytes.Data(), bytes.Size(), version);
 }
 
 // Sets the numeric locale to "C" for the life of the guard, so that text values read
@@ -72,7 +78,7 @@ bool FbxImporter::Initialize(const char* fileName, int /*fileFormat*/, FbxIOSett
         // Only FBX has a reader here; a file of another name is taken when its
         // content says FBX, and the bytes read for that test are the ones imported.
         bytes = FbxFileBytes::ReadFile(fileName_);
-        if (!bytes || !HasBinaryMagic(*bytes)) {
+        if (!bytes || !HasFbxContent(*bytes)) {
             status_.SetCode(kFbxFailure, "Unexpected file type");
             return false;
         }

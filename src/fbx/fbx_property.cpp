@@ -226,6 +226,11 @@ bool SameStored(const FbxPropertyRecord& a, const Value& v) {
 
 // ---- FbxPropertyTable ----
 
+namespace {
+// Root children an object adds before they are looked up through an index.
+constexpr uint32_t kIndexedChildren = 16;
+}  // namespace
+
 FbxPropertyRecord FbxPropertyRecord::CopyWithoutLinks() const {
     FbxPropertyRecord r;
     r.name = name;
@@ -269,12 +274,37 @@ uint32_t FbxPropertyTable::Add(uint32_t parent, const char* name, const FbxDataT
     else
         Write(last).nextSibling = id;
     Write(parent).lastChild = id;
+    if (parent == 0) {
+        ++addedRootChildren_;
+        if (addedRootIndex_) {
+            addedRootIndex_->emplace(name, id);
+        } else if (addedRootChildren_ >= kIndexedChildren) {
+            addedRootIndex_ = std::make_unique<std::unordered_map<std::string, uint32_t>>();
+            uint32_t last = prototype_ ? prototype_->lastRootChild : FbxPropertyRecord::None;
+            uint32_t first = last == FbxPropertyRecord::None ? Read(0).firstChild : Read(last).nextSibling;
+            for (uint32_t c = first; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
+                addedRootIndex_->emplace(Read(c).name, c);
+        }
+    }
     return id;
 }
 
 uint32_t FbxPropertyTable::FindChild(uint32_t parent, const char* name, size_t length, bool caseSensitive) const {
     std::string_view wanted(name, length);
-    for (uint32_t c = Read(parent).firstChild; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
+    uint32_t first = Read(parent).firstChild;
+    if (parent == 0 && prototype_ && caseSensitive) {
+        // The class's own children by name; the object's additions follow them.
+        auto it = prototype_->rootChildren.find(wanted);
+        if (it != prototype_->rootChildren.end()) return it->second;
+        uint32_t last = prototype_->lastRootChild;
+        first = last == FbxPropertyRecord::None ? first : Read(last).nextSibling;
+    }
+    if (parent == 0 && addedRootIndex_ && caseSensitive) {
+        // Every root child the prototype does not hold is in the index.
+        auto it = addedRootIndex_->find(std::string(wanted));
+        return it == addedRootIndex_->end() ? FbxPropertyRecord::None : it->second;
+    }
+    for (uint32_t c = first; c != FbxPropertyRecord::None; c = Read(c).nextSibling)
         if (SameName(Read(c).name, wanted, caseSensitive)) return c;
     return FbxPropertyRecord::None;
 }
@@ -298,6 +328,12 @@ std::unique_ptr<FbxPropertyPrototype> FbxPropertyTable::MakePrototype() const {
     for (uint32_t id = 0; id < Size(); ++id) {
         prototype->records.push_back(Read(id).CopyWithoutLinks());
         prototype->records.back().state &= ~FbxPropertyRecord::ValueSet;
+    }
+    // The records stay where they are from here on, so their names can be the keys.
+    const std::vector<FbxPropertyRecord>& records = prototype->records;
+    for (uint32_t c = records[0].firstChild; c != FbxPropertyRecord::None; c = records[c].nextSibling) {
+        prototype->rootChildren.emplace(records[c].name, c);
+        prototype->lastRootChild = c;
     }
     return prototype;
 }

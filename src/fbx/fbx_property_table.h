@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "fbx/fbx_property.h"
@@ -68,9 +70,12 @@ struct FbxPropertyRecord {
     }
 };
 
-// Shared records of a class (or of a class with a file's template applied).
+// Shared records of a class (or of a class with a file's template applied), with the
+// children of the root by name: a P record looks its property up there.
 struct FbxPropertyPrototype {
     std::vector<FbxPropertyRecord> records;
+    std::unordered_map<std::string_view, uint32_t> rootChildren;
+    uint32_t lastRootChild = FbxPropertyRecord::None;
 };
 
 class FbxPropertyTable {
@@ -107,4 +112,8 @@ private:
     std::vector<uint32_t> slots_;        // per prototype id: 1 + index in own_, 0 while shared
     std::vector<FbxPropertyRecord> own_; // prototype records this object wrote to
     std::vector<FbxPropertyRecord> added_;  // ids from base_ on
+    // The object's own children of the root by name, once they are many (objects of
+    // plain classes can bring hundreds of properties from a file).
+    std::unique_ptr<std::unordered_map<std::string, uint32_t>> addedRootIndex_;
+    uint32_t addedRootChildren_ = 0;
 };

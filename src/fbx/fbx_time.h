@@ -3,6 +3,7 @@
 // unit, and the time modes of the global settings.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 using FbxLongLong = int64_t;

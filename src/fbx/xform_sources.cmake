@@ -4,7 +4,7 @@ set(VURL_FBX_XFORM_SOURCES
   fbx_transform.cpp
   fbx_node_eval.cpp
   fbx_pivot_reset.cpp
-  fbx_curve_edit_stub.cpp
+  fbx_curve_edit.cpp
   fbx_axis_system.cpp
   fbx_axis_convert.cpp
   fbx_system_unit.cpp

@@ -1,7 +1,6 @@
 #include <memory>
 
 #include "fbx/fbx_node.h"
-
 #include "fbximport/fbx_scene_conversion.h"
 
 namespace {
@@ -26,7 +25,7 @@ void ConvertCamera(Scene& scene, GraphNode* target, FbxNode* node) {
     if (!target || !attribute || !attribute->Is<FbxCamera>()) return;
     const auto& source = static_cast<const FbxCamera&>(*attribute);
 
-    auto* camera = scene.Own(std::make_unique<Camera>());
+    Camera* camera = scene.Own(std::make_unique<Camera>());
     camera->nearClip = static_cast<float>(source.GetNearPlane());
     camera->farClip = static_cast<float>(source.GetFarPlane());
     camera->projection = source.CameraProjectionType.Get() == FbxCamera::eOrthogonal ? 1 : 0;
@@ -41,7 +40,7 @@ void ConvertLight(Scene& scene, GraphNode* target, FbxNode* node) {
     if (!target || !attribute || !attribute->Is<FbxLight>()) return;
     const auto& source = static_cast<const FbxLight&>(*attribute);
 
-    auto* light = scene.Own(std::make_unique<Light>());
+    Light* light = scene.Own(std::make_unique<Light>());
     // FBX numbers point 0, directional 1, spot 2; the runtime directional 0, point 1, spot 2.
     if (!source.LightType.IsValid()) {
         light->type = 1;

@@ -38,7 +38,7 @@ int32_t ValueAccessor(ExportContext& ctx, int32_t interpolation, const std::vect
     GlbBuilder& b = ctx.builder;
     int32_t view = AddBufferView(b, 0);
     uint32_t count;
-    if (interpolation == 2) {
+    if (interpolation == kInterpolationCubic) {
         count = static_cast<uint32_t>(times.size() * 3);
         // Sized from the key count itself, so that the loop below can never pass the end.
         uint8_t* out = GrowView(b, view, times.size() * 3 * sizeof(V));
@@ -60,7 +60,7 @@ int32_t ValueAccessor(ExportContext& ctx, int32_t interpolation, const std::vect
 int32_t WeightsAccessor(ExportContext& ctx, const WeightsChannel& channel) {
     GlbBuilder& b = ctx.builder;
     std::vector<const std::vector<float>*> parts;
-    if (channel.interpolation == 2) {
+    if (channel.interpolation == kInterpolationCubic) {
         parts.reserve(channel.times.size() * 3);
         for (size_t k = 0; k < channel.times.size(); ++k) {
             if (k < channel.inTangents.size()) parts.push_back(&channel.inTangents[k]);
@@ -139,9 +139,9 @@ void ExportTrack(ExportContext& ctx, const AnimationTrack& track, int32_t node, 
 
 const char* InterpolationName(int32_t interpolation) {
     switch (interpolation) {
-        case 0: return "STEP";
-        case 1: return "LINEAR";
-        case 2: return "CUBICSPLINE";
+        case kInterpolationConstant: return "STEP";
+        case kInterpolationLinear: return "LINEAR";
+        case kInterpolationCubic: return "CUBICSPLINE";
         default: return "";
     }
 }

@@ -50,7 +50,7 @@ struct MeshWalk {
 template <typename Channel>
 size_t KeyedBytes(const Channel& c, size_t valueBytes) {
     if (c.times.empty()) return 0;
-    size_t values = c.interpolation == 2 ? c.times.size() * 3 : c.values.size();
+    size_t values = c.interpolation == kInterpolationCubic ? c.times.size() * 3 : c.values.size();
     return values * valueBytes + c.times.size() * 4 + 8;
 }
 

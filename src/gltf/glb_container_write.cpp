@@ -14,12 +14,20 @@ void PutU32(std::ostream& out, uint32_t value) {
 }
 }  // namespace
 
+bool GlbLengthsFit(uint64_t jsonLength, uint64_t binaryLength) {
+    auto padded = [](uint64_t length) { return (length + 3) & ~uint64_t(3); };
+    return 12 + 8 + padded(jsonLength) + 8 + padded(binaryLength) <= UINT32_MAX;
+}
+
+void RefuseGlb(const std::string& path, const std::string& problem) {
+    EndRun("Cannot write '%s': %s", path.c_str(), problem.c_str());
+}
+
 void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuilder& builder) {
-    // All three lengths are 32-bit; refuse up front rather than write a corrupt file.
-    if (builder.data.size() > UINT32_MAX - 64) {
-        ConsoleError("%s: %zu bytes of binary data do not fit in a GLB file", path.c_str(), builder.data.size());
-        return;
-    }
+    // Lengths would wrap: refuse before the file is touched when the binary data alone shows it.
+    if (!GlbLengthsFit(0, builder.data.size()))
+        RefuseGlb(path, std::to_string(builder.data.size()) +
+                            " bytes of binary data do not fit the 32-bit lengths of a GLB file");
 
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write("glTF", 4);
@@ -46,11 +54,11 @@ void WriteGlbFile(const std::string& path, const JsonValue& json, const GlbBuild
     }
 
     uint64_t total = static_cast<uint64_t>(static_cast<std::streamoff>(out.tellp()));
-    if (out && total > UINT32_MAX) {
+    if (out && !GlbLengthsFit(jsonLength, binaryLength)) {
         out.close();
         std::remove(path.c_str());
-        ConsoleError("%s: the GLB would be larger than 4 GiB", path.c_str());
-        return;
+        RefuseGlb(path, "the file would be " + std::to_string(total) +
+                            " bytes, more than the 32-bit lengths of a GLB file can hold");
     }
     out.seekp(8);
     PutU32(out, static_cast<uint32_t>(total));

@@ -34,7 +34,7 @@ GlbPrimitive ExportPlainPrimitive(const MeshInstance& instance, GlbBuilder& buil
     if (found == caches.vertexData.end())
         found = caches.vertexData.emplace(vertices, ExportVertexData(builder, *vertices)).first;
     primitive.attributes = found->second;
-    primitive.mode = instance.primitiveType == 4 ? 5 : 4;
+    primitive.mode = instance.primitiveType == kPrimitiveTriangleStrip ? 5 : 4;  // glTF TRIANGLE_STRIP, TRIANGLES
 
     if (instance.morph) {
         const std::vector<MorphTarget*>& targets = instance.morph->targets;

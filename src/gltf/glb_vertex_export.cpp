@@ -108,11 +108,11 @@ AccessorFormat FormatOf(uint32_t kind, uint32_t components) {
 std::vector<VertexStream> BuildVertexStreams(const VertexData& v) {
     std::vector<VertexStream> streams;
     streams.reserve(13);
-    PushReferenced(streams, kSemanticPosition, kComponentFloat, 3, false, v.positions);
-    if (!v.normals.empty()) PushReferenced(streams, kSemanticNormal, kComponentFloat, 3, true, v.normals);
+    PushReferenced(streams, kAttributePosition, kComponentFloat, 3, false, v.positions);
+    if (!v.normals.empty()) PushReferenced(streams, kAttributeNormal, kComponentFloat, 3, true, v.normals);
     if (!v.colors.empty()) {
         VertexStream s;
-        s.semantic = kSemanticColor0;
+        s.semantic = kAttributeColor0;
         s.kind = kComponentUint8;
         s.components = 4;
         s.normalized = true;
@@ -124,20 +124,20 @@ std::vector<VertexStream> BuildVertexStreams(const VertexData& v) {
         uint16_t largest = *std::max_element(v.joints.begin(), v.joints.end());
         if (largest < 256) {
             VertexStream s;
-            s.semantic = kSemanticJoints0;
+            s.semantic = kAttributeJoints0;
             s.kind = kComponentUint8;
             s.components = 4;
             s.converted.resize(v.joints.size());
             for (size_t i = 0; i < v.joints.size(); ++i) s.converted[i] = static_cast<uint8_t>(v.joints[i]);
             PushConverted(streams, std::move(s));
         } else {
-            PushReferenced(streams, kSemanticJoints0, kComponentUint16, 4, false, v.joints);
+            PushReferenced(streams, kAttributeJoints0, kComponentUint16, 4, false, v.joints);
         }
     }
-    if (!v.weights.empty()) PushReferenced(streams, kSemanticWeights0, kComponentFloat, 4, true, v.weights);
+    if (!v.weights.empty()) PushReferenced(streams, kAttributeWeights0, kComponentFloat, 4, true, v.weights);
     for (uint32_t set = 0; set < 8; ++set)
         if (!v.texCoords[set].empty())
-            PushReferenced(streams, kSemanticTexCoord0 + set, kComponentFloat, 2, true, v.texCoords[set]);
+            PushReferenced(streams, kAttributeTexCoord0 + set, kComponentFloat, 2, true, v.texCoords[set]);
     return streams;
 }
 

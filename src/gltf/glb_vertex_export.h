@@ -9,27 +9,6 @@
 #include "gltf/glb_export_records.h"
 #include "scene/geometry.h"
 
-enum AttributeSemantic : uint32_t {
-    kSemanticPosition = 0,
-    kSemanticNormal = 1,
-    kSemanticTangent = 2,
-    kSemanticBinormal = 3,
-    kSemanticColor0 = 4,
-    kSemanticJoints0 = 5,
-    kSemanticWeights0 = 6,
-    kSemanticTexCoord0 = 7,  // up to 14 for set 7
-};
-
-enum ComponentKind : uint32_t {
-    kComponentFloat = 0,
-    kComponentInt8 = 1,
-    kComponentInt16 = 2,
-    kComponentInt32 = 3,
-    kComponentUint8 = 4,
-    kComponentUint16 = 5,
-    kComponentUint32 = 6,
-};
-
 // "POSITION", "TEXCOORD_3", ...; empty for a value outside the table.
 const char* AttributeName(uint32_t semantic);
 uint32_t ComponentKindSize(uint32_t kind);
@@ -40,7 +19,7 @@ AccessorFormat FormatOf(uint32_t kind, uint32_t components);
 // One attribute before interleaving. Float data is referenced where it lies; converted
 // data (colours, narrowed joints) is held in `converted`.
 struct VertexStream {
-    uint32_t semantic = kSemanticPosition;
+    uint32_t semantic = kAttributePosition;
     uint32_t kind = kComponentFloat;
     uint32_t components = 0;
     bool normalized = false;

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -56,6 +58,50 @@ std::string DecodeUriPath(const std::string& uri) {
     return out;
 }
 
+// A URI that names a scheme ("file:", "http:", a drive letter) rather than a relative path.
+bool HasScheme(const std::string& uri) {
+    for (size_t i = 0; i < uri.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(uri[i]);
+        if (c == ':') return i > 0;
+        const bool letter = (c | 0x20) >= 'a' && (c | 0x20) <= 'z';
+        if (!letter && (i == 0 || !(std::isdigit(c) || c == '+' || c == '-' || c == '.'))) return false;
+    }
+    return false;
+}
+
+// A URI as a message shows it: control bytes would break the message's one line.
+std::string Printable(std::string text) {
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+    return text;
+}
+
+bool Inside(const std::filesystem::path& folder, const std::filesystem::path& file) {
+    return std::mismatch(folder.begin(), folder.end(), file.begin(), file.end()).first == folder.end();
+}
+
+// The file that a relative buffer URI names within the input's folder, with "." and ".."
+// resolved and symbolic links followed. Uploads are converted unattended, so a URI must not
+// reach any other file the process can read: schemes, absolute paths and paths that lead out
+// of the folder (also through a link) are refused.
+std::filesystem::path ConfinedBufferFile(const std::string& inputPath, const std::string& uri, int32_t index) {
+    const std::string what = "buffer " + std::to_string(index) + " URI '" + Printable(uri) + "' ";
+    if (HasScheme(uri)) throw GltfError(what + "is not a relative file name");
+    const std::string decoded = DecodeUriPath(uri);
+    const std::filesystem::path relative(decoded);
+    if (decoded.find('\0') != std::string::npos || relative.has_root_path())
+        throw GltfError(what + "is not a relative file name");
+    std::filesystem::path folder = std::filesystem::path(inputPath).parent_path();
+    if (folder.empty()) folder = ".";
+    std::error_code error;
+    const std::filesystem::path base = std::filesystem::canonical(folder, error);
+    if (error) throw GltfError(what + "cannot be resolved: " + error.message());
+    const std::filesystem::path file = std::filesystem::weakly_canonical(base / relative, error);
+    if (error) throw GltfError(what + "cannot be resolved: " + error.message());
+    if (!Inside(base, file)) throw GltfError(what + "leads outside the folder of the input");
+    return file;
+}
+
 std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, int32_t index) {
     const std::string& uri = context.document.buffers[size_t(index)].uri;
     auto bytes = std::make_unique<std::vector<uint8_t>>();
@@ -68,15 +114,17 @@ std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, 
             throw GltfError("buffer " + std::to_string(index) + " has invalid base64 data");
         return bytes;
     }
+    const std::filesystem::path resolved = ConfinedBufferFile(context.path, uri, index);
+    // Messages name the file as the URI spells it, not the resolved path.
     const std::filesystem::path file =
         std::filesystem::path(context.path).parent_path() / std::filesystem::path(DecodeUriPath(uri));
     // A folder would read as garbage and a pipe would block the run waiting for a writer.
     std::error_code kindError;
-    const std::filesystem::file_status kind = std::filesystem::status(file, kindError);
+    const std::filesystem::file_status kind = std::filesystem::status(resolved, kindError);
     if (std::filesystem::exists(kind) && !std::filesystem::is_regular_file(kind))
-        throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' is not a regular file");
-    std::FILE* f = std::fopen(file.string().c_str(), "rb");
-    if (!f) throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' cannot be opened");
+        throw GltfError("buffer " + std::to_string(index) + " file '" + Printable(file.string()) + "' is not a regular file");
+    std::FILE* f = std::fopen(resolved.c_str(), "rb");
+    if (!f) throw GltfError("buffer " + std::to_string(index) + " file '" + Printable(file.string()) + "' cannot be opened");
     bool ok = std::fseek(f, 0, SEEK_END) == 0;
     const long size = ok ? std::ftell(f) : -1;
     ok = ok && size >= 0 && std::fseek(f, 0, SEEK_SET) == 0;
@@ -85,7 +133,7 @@ std::unique_ptr<std::vector<uint8_t>> LoadUriBuffer(const GltfContext& context, 
         ok = std::fread(bytes->data(), 1, bytes->size(), f) == bytes->size();
     }
     std::fclose(f);
-    if (!ok) throw GltfError("buffer " + std::to_string(index) + " file '" + file.string() + "' cannot be read");
+    if (!ok) throw GltfError("buffer " + std::to_string(index) + " file '" + Printable(file.string()) + "' cannot be read");
     return bytes;
 }
 

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include <rapidjson/document.h>
 
 #include "gltf/gltf_document.h"
+#include "gltf/gltf_json.h"
 
 struct GltfContext {
     std::string path;
-    rapidjson::Document json;
+    GltfJsonDocument json;
     std::vector<uint8_t> binaryChunk;  // empty for a plain .gltf file
     GltfDocument document;
     // Bytes of buffers that name a "uri" (external file or data URI), loaded on first use.

@@ -4,7 +4,7 @@
 
 namespace {
 
-using rapidjson::Value;
+using Value = GltfJsonValue;
 
 const Value* Member(const Value& object, const char* name) {
     if (!object.IsObject()) return nullptr;
@@ -373,7 +373,7 @@ void ReadLight(const Value& v, GltfLight& l) {
 
 }  // namespace
 
-bool ReadGltfDocument(GltfDocument& d, const rapidjson::Value& root) {
+bool ReadGltfDocument(GltfDocument& d, const GltfJsonValue& root) {
     Read(root, "extensionsUsed", d.extensionsUsed);
     Read(root, "extensionsRequired", d.extensionsRequired);
     ReadArray(root, "accessors", d.accessors, ReadAccessor);

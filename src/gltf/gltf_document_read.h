@@ -2,8 +2,7 @@
 // what a file lacks keeps its default.
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include "gltf/gltf_document.h"
+#include "gltf/gltf_json.h"
 
-bool ReadGltfDocument(GltfDocument& document, const rapidjson::Value& root);
+bool ReadGltfDocument(GltfDocument& document, const GltfJsonValue& root);

@@ -12,26 +12,28 @@ constexpr size_t kMaxNodeDepth = 4096;
 
 std::string Label(const char* kind, size_t index) { return std::string(kind) + " " + std::to_string(index); }
 
+// The glTF primitive mode: POINTS, LINES, LINE_LOOP, LINE_STRIP, TRIANGLES, TRIANGLE_STRIP,
+// TRIANGLE_FAN are 0 to 6.
 uint32_t PrimitiveTypeOf(int32_t mode) {
     switch (mode) {
-        case 0: return 0;
-        case 1: return 1;
+        case 0: return kPrimitivePoints;
+        case 1: return kPrimitiveLines;
         case 2:
-        case 3: return 2;
-        case 4: return 3;
+        case 3: return kPrimitiveLineStrip;
+        case 4: return kPrimitiveTriangles;
         case 5:
-        case 6: return 4;
-        default: return 3;
+        case 6: return kPrimitiveTriangleStrip;
+        default: return kPrimitiveTriangles;
     }
 }
 
 int32_t InterpolationOf(GltfInterpolation interpolation) {
     switch (interpolation) {
-        case GltfInterpolation::LINEAR: return 1;
-        case GltfInterpolation::STEP: return 0;
-        case GltfInterpolation::CUBICSPLINE: return 2;
+        case GltfInterpolation::LINEAR: return kInterpolationLinear;
+        case GltfInterpolation::STEP: return kInterpolationConstant;
+        case GltfInterpolation::CUBICSPLINE: return kInterpolationCubic;
     }
-    return 1;
+    return kInterpolationLinear;
 }
 
 // Indices must address existing vertices, or every later stage would read past them.
@@ -126,7 +128,7 @@ void GltfImporter::ImportCameras() {
         const GltfCamera& record = cameras[i];
         Camera* camera = scene_.Own(std::make_unique<Camera>());
         cameras_.push_back(camera);
-        camera->projection = 0;
+        camera->projection = kProjectionPerspective;
         camera->nearClip = 0.1f;
         camera->farClip = 1000.0f;
         camera->fov = 45.0f;
@@ -136,12 +138,12 @@ void GltfImporter::ImportCameras() {
         camera->name = record.name;
         camera->id = i;
         if (record.type == 0 && record.perspective) {
-            camera->projection = 0;
+            camera->projection = kProjectionPerspective;
             camera->nearClip = record.perspective->znear;
             camera->farClip = record.perspective->zfar;
             camera->fov = float(double(record.perspective->yfov) * 57.29577951308232);
         } else if (record.type == 1 && record.orthographic) {
-            camera->projection = 1;
+            camera->projection = kProjectionOrthographic;
             camera->nearClip = record.orthographic->znear;
             camera->farClip = record.orthographic->zfar;
             camera->orthoHeight = record.orthographic->ymag * 0.5f;
@@ -272,7 +274,7 @@ Geometry* GltfImporter::ImportMesh(int32_t index) {
         const GltfPrimitive& primitive = mesh.primitives[p];
         const std::string where = Label("mesh", size_t(index)) + " primitive " + std::to_string(p);
         MeshInstance* instance = scene_.Own(std::make_unique<MeshInstance>());
-        instance->primitiveType = 3;
+        instance->primitiveType = kPrimitiveTriangles;
         geometry->meshInstances.push_back(instance);
 
         if (!DecodeDracoPrimitive(primitive, *instance) && !primitive.attributes.empty()) {

@@ -4,10 +4,12 @@
 #include <new>
 
 #include "gltf/glb_container_read.h"
+#include "gltf/gltf_decode_cost.h"
 #include "gltf/gltf_document_read.h"
 #include "gltf/gltf_images.h"
 #include "gltf/gltf_import.h"
 #include "scene/console.h"
+#include "scene/memory_budget.h"
 
 Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*/) {
     GltfContext context;
@@ -19,6 +21,13 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
     // animations are added after them, where their console lines belong.
     Scene* scene = nullptr;
     try {
+        // Decoded data can be thousands of times the file (one accessor named by thousands of
+        // morph targets): what cannot fit in memory is refused before any of it is decoded.
+        const std::string shortfall = MemoryShortfall(EstimateDecodedBytes(context), AvailableMemoryBytes());
+        if (!shortfall.empty()) {
+            ConsoleError("'%s': decoding the file %s", fileName.c_str(), shortfall.c_str());
+            return nullptr;
+        }
         std::vector<std::unique_ptr<Animation>> animations;
         scene = ImportGltfScene(context, &animations);
         ExtractEmbeddedImages(context);
@@ -28,8 +37,9 @@ Scene* LoadGltf(const std::string& fileName, const ConversionOptions& /*options*
         delete scene;
         ConsoleError("'%s': %s", fileName.c_str(), error.what());
     } catch (const std::bad_alloc&) {
+        // The run ends with the report of its stage (the driver's).
         delete scene;
-        ConsoleError("'%s': not enough memory to load the file", fileName.c_str());
+        throw;
     } catch (const std::exception& error) {
         delete scene;
         ConsoleError("'%s': %s", fileName.c_str(), error.what());

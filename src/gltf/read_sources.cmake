@@ -4,6 +4,7 @@ set(VURL_GLTF_READ_SOURCES
   glb_container_read.cpp
   gltf_document_read.cpp
   gltf_buffers.cpp
+  gltf_decode_cost.cpp
   gltf_accessors.cpp
   gltf_draco_attributes.cpp
   gltf_images.cpp

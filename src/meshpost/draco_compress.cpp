@@ -39,7 +39,7 @@ DracoAttributeInfo AddAttribute(draco::Mesh& mesh, const AttributeSpec& spec, co
 
     DracoAttributeInfo info;
     info.semantic = spec.semantic;
-    info.componentType = spec.dataType == draco::DT_UINT16 ? 5 : 0;
+    info.componentType = spec.dataType == draco::DT_UINT16 ? kComponentUint16 : kComponentFloat;
     info.components = spec.components;
     info.normalized = spec.normalized ? 1 : 0;
     info.byteOffset = byteOffset;
@@ -145,17 +145,18 @@ DracoPayload CompressMesh(const VertexData& vertexData, const std::vector<uint32
         encodable = encodable && Encodable(data.data(), stored / components, components,
                                      spec.type != draco::GeometryAttribute::NORMAL);
     };
-    addFloat(vertexData.positions, {0, draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32, false});
-    addFloat(vertexData.normals, {1, draco::GeometryAttribute::NORMAL, 3, draco::DT_FLOAT32, false});
-    addFloat(vertexData.colors, {4, draco::GeometryAttribute::COLOR, 4, draco::DT_FLOAT32, true});
+    addFloat(vertexData.positions, {kAttributePosition, draco::GeometryAttribute::POSITION, 3, draco::DT_FLOAT32, false});
+    addFloat(vertexData.normals, {kAttributeNormal, draco::GeometryAttribute::NORMAL, 3, draco::DT_FLOAT32, false});
+    addFloat(vertexData.colors, {kAttributeColor0, draco::GeometryAttribute::COLOR, 4, draco::DT_FLOAT32, true});
     if (!vertexData.joints.empty()) {
-        const AttributeSpec spec{5, draco::GeometryAttribute::GENERIC, 4, draco::DT_UINT16, false};
+        const AttributeSpec spec{kAttributeJoints0, draco::GeometryAttribute::GENERIC, 4, draco::DT_UINT16, false};
         payload.attributes.push_back(AddAttribute(mesh, spec, vertexData.joints, pointCount, byteOffset));
         byteOffset += 8;
     }
-    addFloat(vertexData.weights, {6, draco::GeometryAttribute::GENERIC, 4, draco::DT_FLOAT32, false});
+    addFloat(vertexData.weights, {kAttributeWeights0, draco::GeometryAttribute::GENERIC, 4, draco::DT_FLOAT32, false});
     for (int32_t set = 0; set < 8; ++set)
-        addFloat(vertexData.texCoords[set], {7 + set, draco::GeometryAttribute::TEX_COORD, 2, draco::DT_FLOAT32, false});
+        addFloat(vertexData.texCoords[set],
+                 {int32_t(kAttributeTexCoord0) + set, draco::GeometryAttribute::TEX_COORD, 2, draco::DT_FLOAT32, false});
 
     if (!encodable) return payload;
 
@@ -170,7 +171,7 @@ void CompressScene(Scene& scene, const DracoOptions& options) {
     for (Geometry* geometry : scene.geometries.items) {
         if (!geometry) continue;
         for (MeshInstance* mi : geometry->meshInstances) {
-            if (!mi || mi->compressed || !mi->vertices || !mi->indices || mi->primitiveType != 3 || mi->morph)
+            if (!mi || mi->compressed || !mi->vertices || !mi->indices || mi->primitiveType != kPrimitiveTriangles || mi->morph)
                 continue;
             mi->compressed = CompressMesh(*mi->vertices, *mi->indices, options);
         }

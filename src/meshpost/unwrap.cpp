@@ -25,8 +25,11 @@ void CollectWorldScales(const GraphNode* node, std::unordered_map<const Geometry
         if (child) CollectWorldScales(child, scales);
 }
 
+// An instance with an empty position or index list counts as having none: xatlas would
+// otherwise be handed a mesh of 0 vertices, which it cannot build (it clears null arrays).
 bool SuitableForUnwrap(const MeshInstance* mi) {
-    return mi && mi->primitiveType == 3 && mi->vertices && mi->vertices->texCoords[1].empty() && mi->indices;
+    return mi && mi->primitiveType == kPrimitiveTriangles && mi->vertices && !mi->vertices->positions.empty() &&
+           mi->vertices->texCoords[1].empty() && mi->indices && !mi->indices->empty();
 }
 
 // Beyond any texture size a GPU takes, and far below the sizes at which xatlas's 32-bit
@@ -144,6 +147,7 @@ std::unordered_map<const Geometry*, float> GeometryWorldScales(const GraphNode* 
 
 AtlasSize UnwrapGeometry(Scene& scene, const std::vector<MeshInstance*>& instances, float worldScale,
                          float texelsPerMeter) {
+    UseRunEndingAllocator();
     std::unique_ptr<xatlas::Atlas, AtlasDeleter> atlas(xatlas::Create());
 
     for (const MeshInstance* mi : instances) {

@@ -22,8 +22,8 @@ struct AtlasSize {
 };
 
 // One atlas for all instances of one geometry. Leaves every instance as it is when any of
-// them is unsuitable (not indexed triangles with vertex data, or texture set 1 in use).
-// The records made for the unwrapped instances are handed to `scene`.
+// them is unsuitable (not indexed triangles with vertex data, no positions or no indices,
+// or texture set 1 in use). The records made for the unwrapped instances are handed to `scene`.
 AtlasSize UnwrapGeometry(Scene& scene, const std::vector<MeshInstance*>& instances, float worldScale,
                          float texelsPerMeter);
 

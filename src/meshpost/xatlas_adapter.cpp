@@ -1,5 +1,9 @@
 #include "meshpost/xatlas_adapter.h"
 
+#include <cstdlib>
+
+#include "scene/memory_budget.h"
+
 namespace {
 
 // Fields that only some xatlas releases have are set through these, so one source works
@@ -24,7 +28,15 @@ void ClearFaceFields(Decl& d) {
     if constexpr (requires { d.faceCount; }) d.faceCount = 0;
 }
 
+void* ReallocOrEndRun(void* memory, size_t size) {
+    void* result = std::realloc(memory, size);
+    if (!result && size != 0) EndRunOutOfMemory();
+    return result;
+}
+
 }  // namespace
+
+void UseRunEndingAllocator() { xatlas::SetAlloc(ReallocOrEndRun, std::free); }
 
 void ClearOptionalFaceFields(xatlas::MeshDecl& decl) { ClearFaceFields(decl); }
 

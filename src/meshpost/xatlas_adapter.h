@@ -4,6 +4,10 @@
 #include <cstddef>  // xatlas.h uses size_t without including its header
 #include <xatlas.h>
 
+// Makes xatlas allocate through a function that ends the run with the out-of-memory report
+// when an allocation fails: xatlas would write through the null pointer, on its own threads too.
+void UseRunEndingAllocator();
+
 // Per-face material and polygon data, where the release has them: none here.
 void ClearOptionalFaceFields(xatlas::MeshDecl& decl);
 

@@ -14,7 +14,7 @@ bool IsKeyed(const VectorChannel& channel) { return channel.times.size() >= 2; }
 // Only linear channels are sampled; every other interpolation writes the channel's
 // default value at each key, which is what the runtime has always been given.
 Vec3 KeyValue(const VectorChannel& channel, float time) {
-    if (channel.interpolation != 1) return channel.defaultValue;
+    if (channel.interpolation != kInterpolationLinear) return channel.defaultValue;
     return EvaluateChannel(time, channel.times, channel.values);
 }
 

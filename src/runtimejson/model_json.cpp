@@ -28,7 +28,7 @@ void EmitBox(Out& out, const BoundingBox& box) {
 
 template <typename Out>
 void EmitCameraMembers(Out& out, const Camera& camera) {
-    Field(out, "projection", camera.projection == 0 ? "perspective" : "orthographic");
+    Field(out, "projection", camera.projection == kProjectionPerspective ? "perspective" : "orthographic");
     Field(out, "nearClip", camera.nearClip);
     Field(out, "farClip", camera.farClip);
     Field(out, "fov", camera.fov);
@@ -45,7 +45,7 @@ void EmitCameraMembers(Out& out, const Camera& camera) {
 template <typename Out>
 void EmitLightMembers(Out& out, const Light& light) {
     static const char* const kTypes[] = {"directional", "point", "spot"};
-    if (light.type >= 0 && light.type <= 2) {
+    if (light.type >= kLightDirectional && light.type <= kLightSpot) {
         Field(out, "lightType", kTypes[light.type]);
     }
     Field(out, "enabled", light.enabled);
@@ -55,11 +55,11 @@ void EmitLightMembers(Out& out, const Light& light) {
     Field(out, "castShadows", light.castShadows);
     // The runtime's reader expects the flag twice.
     Field(out, "enabled", light.enabled);
-    if (light.type == 2) {
+    if (light.type == kLightSpot) {
         Field(out, "innerConeAngle", light.innerConeAngle);
         Field(out, "outerConeAngle", light.outerConeAngle);
     }
-    if (light.type == 1 || light.type == 2) {
+    if (light.type == kLightPoint || light.type == kLightSpot) {
         Field(out, "falloffMode", int32_t(light.falloffMode != 0 ? 1 : 0));
         Field(out, "range", light.range);
     }
@@ -218,8 +218,8 @@ void EmitMesh(Out& out, const MeshRef& mesh) {
         for (uint32_t index : *instance.indices) out.Number(index);
         out.EndArray();
     }
-    if (instance.primitiveType == 3 || instance.primitiveType == 4) {
-        Field(out, "type", instance.primitiveType == 3 ? "triangles" : "trianglestrip");
+    if (instance.primitiveType == kPrimitiveTriangles || instance.primitiveType == kPrimitiveTriangleStrip) {
+        Field(out, "type", instance.primitiveType == kPrimitiveTriangles ? "triangles" : "trianglestrip");
     }
     Field(out, "base", int32_t(0));
     Field(out, "count", static_cast<uint32_t>(instance.indices ? instance.indices->size() : VertexCount(instance.vertices)));

@@ -27,7 +27,7 @@ JsonValue RenderAssetJson(const Geometry& geometry, int32_t index) {
         skinned = skinned || instance->skin;
         compressed = compressed || instance->compressed.has_value();
         vertices += VertexCount(instance->vertices);
-        if (instance->primitiveType == 3)
+        if (instance->primitiveType == kPrimitiveTriangles)
             triangles += instance->indices ? instance->indices->size() / 3 : VertexCount(instance->vertices) / 3;
         if (instance->vertices) {
             const auto has = ReportedAttributes(*instance->vertices);
@@ -114,7 +114,7 @@ const GraphNode* CommonAncestorOfJoints(const Geometry& geometry, const EntityIn
 
 JsonValue CameraJson(const Camera& camera) {
     JsonValue component = JsonValue::Object();
-    component.Add("projection", JsonValue(int32_t(camera.projection != 0 ? 1 : 0)));
+    component.Add("projection", JsonValue(int32_t(camera.projection == kProjectionPerspective ? 0 : 1)));
     component.Add("nearClip", JsonValue(camera.nearClip));
     component.Add("farClip", JsonValue(camera.farClip));
     component.Add("fov", JsonValue(camera.fov));
@@ -127,14 +127,14 @@ JsonValue CameraJson(const Camera& camera) {
 JsonValue LightJson(const Light& light) {
     static const char* const kTypes[] = {"directional", "point", "spot"};
     JsonValue component = JsonValue::Object();
-    if (light.type >= 0 && light.type <= 2) component.Add("type", JsonValue(kTypes[light.type]));
+    if (light.type >= kLightDirectional && light.type <= kLightSpot) component.Add("type", JsonValue(kTypes[light.type]));
     component.Add("enabled", JsonValue(light.enabled));
     component.Add("color", Vec3Json(light.color));
     component.Add("intensity", JsonValue(light.intensity));
     component.Add("castShadows", JsonValue(light.castShadows));
     // The runtime's reader expects the flag twice.
     component.Add("enabled", JsonValue(light.enabled));
-    if (light.type == 2) {
+    if (light.type == kLightSpot) {
         component.Add("innerConeAngle", JsonValue(light.innerConeAngle));
         component.Add("outerConeAngle", JsonValue(light.outerConeAngle));
     }
@@ -206,7 +206,7 @@ JsonValue BuildSceneMetadataJson(const Scene& scene) {
             components.Add("camera", CameraJson(*node.camera));
         } else if (node.light) {
             // Point and spot lights carry their falloff on the entity, not in the component.
-            if (node.light->type == 1 || node.light->type == 2) {
+            if (node.light->type == kLightPoint || node.light->type == kLightSpot) {
                 entity.Add("falloffMode", JsonValue(int32_t(node.light->falloffMode != 0 ? 1 : 0)));
                 entity.Add("range", JsonValue(node.light->range));
             }

@@ -8,9 +8,17 @@
 
 #include "scene/math.h"
 
+// Codes of a channel's `interpolation`. Cubic channels carry one in- and one out-tangent
+// per key.
+enum Interpolation : int32_t {
+    kInterpolationConstant = 0,
+    kInterpolationLinear = 1,
+    kInterpolationCubic = 2,
+};
+
 struct VectorChannel {
     Vec3 defaultValue;
-    int32_t interpolation = 0;  // 0 constant, 1 linear, 2 cubic
+    int32_t interpolation = kInterpolationConstant;  // an Interpolation code
     std::vector<float> times;
     std::vector<Vec3> inTangents;  // one per key for cubic, else empty
     std::vector<Vec3> values;
@@ -19,7 +27,7 @@ struct VectorChannel {
 
 struct QuatChannel {
     Quat defaultValue;
-    int32_t interpolation = 0;
+    int32_t interpolation = kInterpolationConstant;
     std::vector<float> times;
     std::vector<Quat> inTangents;
     std::vector<Quat> values;
@@ -28,7 +36,7 @@ struct QuatChannel {
 
 struct WeightsChannel {
     std::vector<float> defaults;  // one per morph target
-    int32_t interpolation = 0;
+    int32_t interpolation = kInterpolationConstant;
     std::vector<float> times;
     std::vector<std::vector<float>> inTangents;
     std::vector<std::vector<float>> values;

@@ -10,6 +10,39 @@
 
 struct Material;
 
+// Codes of MeshInstance::primitiveType.
+enum PrimitiveType : uint32_t {
+    kPrimitivePoints = 0,
+    kPrimitiveLines = 1,
+    kPrimitiveLineStrip = 2,
+    kPrimitiveTriangles = 3,
+    kPrimitiveTriangleStrip = 4,
+};
+
+// Codes of the vertex attributes, as DracoAttributeInfo::semantic records them. Tangent
+// and binormal have codes but no array in VertexData.
+enum VertexAttribute : uint32_t {
+    kAttributePosition = 0,
+    kAttributeNormal = 1,
+    kAttributeTangent = 2,
+    kAttributeBinormal = 3,
+    kAttributeColor0 = 4,
+    kAttributeJoints0 = 5,
+    kAttributeWeights0 = 6,
+    kAttributeTexCoord0 = 7,  // set i is kAttributeTexCoord0 + i, up to 14 for set 7
+};
+
+// Codes of the element type of attribute values (DracoAttributeInfo::componentType).
+enum ComponentKind : uint32_t {
+    kComponentFloat = 0,
+    kComponentInt8 = 1,
+    kComponentInt16 = 2,
+    kComponentInt32 = 3,
+    kComponentUint8 = 4,
+    kComponentUint16 = 5,
+    kComponentUint32 = 6,
+};
+
 struct VertexData {
     std::vector<float> positions;  // 3 per vertex
     std::vector<float> normals;    // 3 per vertex
@@ -50,8 +83,8 @@ public:
 };
 
 struct DracoAttributeInfo {
-    int32_t semantic = 0;       // 0 position, 1 normal, 4 colour, 5 joints, 6 weights, 7+i texcoord set i
-    int32_t componentType = 0;  // 0 float, 5 unsigned 16-bit
+    int32_t semantic = kAttributePosition;   // a VertexAttribute code
+    int32_t componentType = kComponentFloat;  // a ComponentKind code: float, or unsigned 16-bit for joints
     int32_t components = 0;
     uint8_t normalized = 0;
     uint32_t byteOffset = 0;
@@ -68,7 +101,7 @@ struct DracoPayload {
 };
 
 struct MeshInstance {
-    uint32_t primitiveType = 3;  // 0 points, 1 lines, 2 line strip, 3 triangles, 4 triangle strip
+    uint32_t primitiveType = kPrimitiveTriangles;  // a PrimitiveType code
     Material* material = nullptr;
     std::vector<uint32_t>* indices = nullptr;  // null: not indexed
     VertexData* vertices = nullptr;

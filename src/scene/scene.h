@@ -14,8 +14,21 @@
 #include "scene/math.h"
 #include "scene/object_dictionary.h"
 
+// Codes of Camera::projection.
+enum Projection : int32_t {
+    kProjectionPerspective = 0,
+    kProjectionOrthographic = 1,
+};
+
+// Codes of Light::type.
+enum LightType : int32_t {
+    kLightDirectional = 0,
+    kLightPoint = 1,
+    kLightSpot = 2,
+};
+
 struct Camera : BaseObject {
-    int32_t projection = 0;  // 0 perspective, 1 orthographic
+    int32_t projection = kProjectionPerspective;  // a Projection code
     float nearClip = 0.0f;
     float farClip = 0.0f;
     float fov = 0.0f;  // degrees
@@ -25,7 +38,7 @@ struct Camera : BaseObject {
 };
 
 struct Light : BaseObject {
-    int32_t type = 0;  // 0 directional, 1 point, 2 spot
+    int32_t type = kLightDirectional;  // a LightType code
     bool enabled = true;
     Vec3 color{0.8f, 0.8f, 0.8f};
     float intensity = 1.0f;

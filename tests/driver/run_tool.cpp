@@ -1,6 +1,7 @@
 #include "run_tool.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,12 +27,14 @@ std::string MakeScratchDir(const std::string& label) {
     return made ? std::string(made) : std::string();
 }
 
-ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd) {
+ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace) {
     ToolRun run;
     std::string outPath = cwd + "/.stdout", errPath = cwd + "/.stderr";
     pid_t pid = fork();
     if (pid == 0) {
         if (chdir(cwd.c_str()) != 0) _exit(127);
+        const rlimit limit{addressSpace, addressSpace};
+        if (addressSpace != 0 && setrlimit(RLIMIT_AS, &limit) != 0) _exit(127);
         int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (out < 0 || err < 0) _exit(127);

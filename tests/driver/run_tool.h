@@ -1,6 +1,7 @@
 // Runs the built vurl executable in a scratch folder and captures what it prints.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ struct ToolRun {
     std::string err;
 };
 
-// Arguments are passed as they are (no shell word splitting); cwd is the scratch folder.
-ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd);
+// Arguments are passed as they are (no shell word splitting); cwd is the scratch folder. A
+// non-zero addressSpace caps the tool's address space (RLIMIT_AS) at that many bytes.
+ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace = 0);
 std::string ReadFileText(const std::string& path);
 std::string MakeScratchDir(const std::string& label);

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <utility>
 #include <vector>
 
 #include "fbx/fbx_anim.h"
@@ -41,26 +40,21 @@ struct CurveConvertTest : ::testing::Test {
         FbxAnimCurve* curve = property.GetCurve(layer, property.GetName(), channel, true);
         for (const Key& k : keys) {
             const int i = curve->KeyAdd(FbxTime(k.time));
-            curve->KeySet(i, FbxTime(k.time), k.value, interpolation, kFbxTangentUser, 0.0f, 0.0f);
+            curve->KeySetValue(i, k.value);
+            curve->KeySetInterpolation(i, interpolation);
+            curve->KeySetTangentMode(i, kFbxTangentUser);
         }
         return curve;
     }
     FbxAnimCurve* Find(FbxProperty property, const char* channel) {
         return property.GetCurve(layer, property.GetName(), channel, false);
     }
-    static std::vector<Key> Keys(const FbxAnimCurve* curve) {
-        std::vector<Key> keys;
-        for (int i = 0; curve && i < curve->KeyGetCount(); ++i)
-            keys.push_back({curve->KeyGetTime(i).Get(), curve->KeyGetValue(i)});
-        return keys;
-    }
     static void ExpectKeys(const FbxAnimCurve* curve, const std::vector<Key>& expected, float tolerance = 1e-6f) {
         ASSERT_NE(curve, nullptr);
-        const std::vector<Key> keys = Keys(curve);
-        ASSERT_EQ(keys.size(), expected.size());
-        for (size_t i = 0; i < keys.size(); ++i) {
-            EXPECT_EQ(keys[i].time, expected[i].time) << "key " << i;
-            EXPECT_NEAR(keys[i].value, expected[i].value, tolerance) << "key " << i;
+        ASSERT_EQ(size_t(curve->KeyGetCount()), expected.size());
+        for (int i = 0; i < curve->KeyGetCount(); ++i) {
+            EXPECT_EQ(curve->KeyGetTime(i).Get(), expected[size_t(i)].time) << "key " << i;
+            EXPECT_NEAR(curve->KeyGetValue(i), expected[size_t(i)].value, tolerance) << "key " << i;
         }
     }
 };
@@ -178,15 +172,10 @@ TEST_F(CurveConvertTest, FiniteTimeEvaluationReadsTheCurves) {
 }
 
 TEST(FbxUnwrapTest, WholeTurns) {
+    // (angle, previous, result): whole turns until within 180; exactly 180 stays.
+    const double cases[][3] = {{350, 0, -10}, {-190, 0, 170}, {180, 0, 180}, {540, 0, -180}, {10, 720, 730}};
+    for (const auto& c : cases) EXPECT_DOUBLE_EQ(FbxUnwrapDegrees(c[0], c[1]), c[2]) << c[0] << " near " << c[1];
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    struct Case {
-        double angle, previous, expected;
-    };
-    const Case cases[] = {
-        {350, 0, -10}, {-190, 0, 170}, {180, 0, 180}, {540, 0, -180}, {10, 720, 730}, {-725, 0, -5},
-    };
-    for (const Case& c : cases)
-        EXPECT_DOUBLE_EQ(FbxUnwrapDegrees(c.angle, c.previous), c.expected) << c.angle << " near " << c.previous;
     EXPECT_TRUE(std::isnan(FbxUnwrapDegrees(nan, 0)));
     EXPECT_EQ(FbxUnwrapDegrees(5, nan), 5.0);
 }

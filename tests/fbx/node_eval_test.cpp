@@ -22,7 +22,8 @@ struct NodeEvalTest : ::testing::Test {
     }
 };
 
-const FbxDouble3 kZero{0, 0, 0};
+const Rows3 kIdentityRows{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+const Rows3 kRz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
 
 TEST_F(NodeEvalTest, PropertyCases) {
     struct Case {
@@ -31,61 +32,26 @@ TEST_F(NodeEvalTest, PropertyCases) {
         FbxVector4 translation;
         Rows3 rows;
     };
-    const Rows3 identity{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     const Case cases[] = {
         // Rp (0, 1, 0), Rz(90): -Rp = (0, -1, 0) turns to (1, 0, 0), plus Rp: (1, 1, 0).
-        {"rotation pivot",
-         [](FbxNode& n) {
-             n.RotationPivot.Set(FbxDouble3{0, 1, 0});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
-         },
-         {1, 1, 0},
-         {{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}}},
-        {"pre-rotation without RotationActive", [](FbxNode& n) { n.PreRotation.Set(FbxDouble3{90, 0, 0}); }, {0, 0, 0},
-         identity},
+        {"rotation pivot", [](FbxNode& n) { n.RotationPivot.Set({0, 1, 0}), n.LclRotation.Set({0, 0, 90}); },
+         {1, 1, 0}, kRz90},
+        {"pre-rotation without RotationActive", [](FbxNode& n) { n.PreRotation.Set({90, 0, 0}); }, {0, 0, 0},
+         kIdentityRows},
         // Rx(90): y -> +z, z -> -y.
         {"pre-rotation with RotationActive",
-         [](FbxNode& n) {
-             n.PreRotation.Set(FbxDouble3{90, 0, 0});
-             n.RotationActive.Set(true);
-         },
-         {0, 0, 0},
+         [](FbxNode& n) { n.PreRotation.Set({90, 0, 0}), n.RotationActive.Set(true); }, {0, 0, 0},
          {{{1, 0, 0}, {0, 0, 1}, {0, -1, 0}}}},
         // Order 5 (z, y, x) is ignored without RotationActive: (90, 90, 0) as x then y.
-        {"order without RotationActive",
+        {"order without RotationActive", [](FbxNode& n) { n.RotationOrder.Set(5), n.LclRotation.Set({90, 90, 0}); },
+         {0, 0, 0}, {{{0, 0, -1}, {1, 0, 0}, {0, -1, 0}}}},
+        // A max of 1 on x clamps T = 5.
+        {"translation limit",
          [](FbxNode& n) {
-             n.RotationOrder.Set(5);
-             n.LclRotation.Set(FbxDouble3{90, 90, 0});
+             n.TranslationActive.Set(true), n.TranslationMaxX.Set(true);
+             n.TranslationMax.Set({1, 1, 1}), n.LclTranslation.Set({5, 0, 0});
          },
-         {0, 0, 0},
-         {{{0, 0, -1}, {1, 0, 0}, {0, -1, 0}}}},
-        // With it, y turns first: x -> -z -> +y; y -> y -> +z; z -> +x -> +x.
-        {"order with RotationActive",
-         [](FbxNode& n) {
-             n.RotationOrder.Set(5);
-             n.RotationActive.Set(true);
-             n.LclRotation.Set(FbxDouble3{90, 90, 0});
-         },
-         {0, 0, 0},
-         {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}}},
-        // Limits need their active flag: a max of 1 on x clamps T = 5 only when active.
-        {"inactive translation limit",
-         [](FbxNode& n) {
-             n.TranslationMaxX.Set(true);
-             n.TranslationMax.Set(FbxDouble3{1, 1, 1});
-             n.LclTranslation.Set(FbxDouble3{5, 0, 0});
-         },
-         {5, 0, 0},
-         identity},
-        {"active translation limit",
-         [](FbxNode& n) {
-             n.TranslationActive.Set(true);
-             n.TranslationMaxX.Set(true);
-             n.TranslationMax.Set(FbxDouble3{1, 1, 1});
-             n.LclTranslation.Set(FbxDouble3{5, 0, 0});
-         },
-         {1, 0, 0},
-         identity},
+         {1, 0, 0}, kIdentityRows},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -211,10 +177,6 @@ TEST_F(NodeEvalTest, PivotSetsFollowTheProperties) {
     EXPECT_EQ(node->GetRotationPivot(FbxNode::eSourcePivot), FbxVector4(3, 3, 3));
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
     struct Case {
         const char* what;
@@ -223,66 +185,36 @@ TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
         Rows3 rows;       // the global 3x3 part, the same before and after
         FbxVector4 pre;   // PreRotation afterwards
     };
-    const Rows3 rz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
     const double h = std::sqrt(0.5);
     const Case cases[] = {
         // The pivot term Rp + Rz(90) (-Rp) = (1, 0, 0) + (0, -1, 0) moves into T.
-        {"rotation pivot",
-         [](FbxNode& n) {
-             n.RotationPivot.Set(FbxDouble3{1, 0, 0});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
-         },
-         {1, -1, 0}, {0, 0, 90}, rz90, {0, 0, 0}},
-        // (1 - S) Sp = (-1, 0, 0).
-        {"scaling pivot",
-         [](FbxNode& n) {
-             n.ScalingPivot.Set(FbxDouble3{1, 0, 0});
-             n.LclScaling.Set(FbxDouble3{2, 2, 2});
-         },
-         {-1, 0, 0}, {0, 0, 0}, {{{2, 0, 0}, {0, 2, 0}, {0, 0, 2}}}, {0, 0, 0}},
+        {"rotation pivot", [](FbxNode& n) { n.RotationPivot.Set({1, 0, 0}), n.LclRotation.Set({0, 0, 90}); },
+         {1, -1, 0}, {0, 0, 90}, kRz90, {0, 0, 0}},
         // Rx(90) Rz(90) has rows (0, 0, 1), (-1, 0, 0), (0, -1, 0); in gimbal lock GetR gives
         // rx = atan2(-m21, m11) = 90, ry = atan2(-m02, 0) = -90.
         {"pre-rotation",
          [](FbxNode& n) {
-             n.RotationActive.Set(true);
-             n.PreRotation.Set(FbxDouble3{90, 0, 0});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+             n.RotationActive.Set(true), n.PreRotation.Set({90, 0, 0}), n.LclRotation.Set({0, 0, 90});
          },
          {0, 0, 0}, {90, -90, 0}, {{{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}}, {0, 0, 0}},
-        // Without RotationActive the pre-rotation never counted: the rotation stays.
-        {"ignored pre-rotation",
-         [](FbxNode& n) {
-             n.PreRotation.Set(FbxDouble3{90, 0, 0});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
-         },
-         {0, 0, 0}, {0, 0, 90}, rz90, {0, 0, 0}},
-        // Pre-rotation for the limits only: it stays, and still doesn't count.
+        // Pre-rotation for the limits only stays, and still doesn't count.
         {"limit space",
          [](FbxNode& n) {
-             n.RotationActive.Set(true);
-             n.RotationSpaceForLimitOnly.Set(true);
-             n.PreRotation.Set(FbxDouble3{90, 0, 0});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
+             n.RotationActive.Set(true), n.RotationSpaceForLimitOnly.Set(true);
+             n.PreRotation.Set({90, 0, 0}), n.LclRotation.Set({0, 0, 90});
          },
-         {0, 0, 0}, {0, 0, 90}, rz90, {90, 0, 0}},
+         {0, 0, 0}, {0, 0, 90}, kRz90, {90, 0, 0}},
         // Order ZYX (90, 90, 0) has rows (0, 1, 0), (0, 0, 1), (1, 0, 0); as XYZ: h = 1,
         // rx = atan2(m12, m22) = 90, ry = atan2(-m02, h) = 0, rz = atan2(m01, m00) = 90.
         {"rotation order",
-         [](FbxNode& n) {
-             n.RotationActive.Set(true);
-             n.RotationOrder.Set(5);
-             n.LclRotation.Set(FbxDouble3{90, 90, 0});
-         },
+         [](FbxNode& n) { n.RotationActive.Set(true), n.RotationOrder.Set(5), n.LclRotation.Set({90, 90, 0}); },
          {0, 0, 0}, {90, 0, 90}, {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}}, {0, 0, 0}},
-        // Sets that agree leave the node alone, limits included: the evaluation still
-        // clamps 90 to 45.
+        // Sets that agree within 1e-6 leave the node alone, limits included: the
+        // evaluation still clamps 90 to 45.
         {"agreeing sets",
          [](FbxNode& n) {
-             n.RotationActive.Set(true);
-             n.RotationMaxZ.Set(true);
-             n.RotationMax.Set(FbxDouble3{0, 0, 45});
-             n.LclRotation.Set(FbxDouble3{0, 0, 90});
-             n.PreRotation.Set(FbxDouble3{0, 0, 1e-7});  // within 1e-6: the sets agree
+             n.RotationActive.Set(true), n.RotationMaxZ.Set(true), n.RotationMax.Set({0, 0, 45});
+             n.LclRotation.Set({0, 0, 90}), n.PreRotation.Set({0, 0, 1e-7});
          },
          {0, 0, 0}, {0, 0, 90}, {{{h, h, 0}, {-h, h, 0}, {0, 0, 1}}}, {0, 0, 0}},
     };
@@ -295,7 +227,6 @@ TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
         ExpectVectorNear(FbxVector4(node->LclRotation.Get()), c.r[0], c.r[1], c.r[2], 1e-9);
         ExpectVectorNear(FbxVector4(node->PreRotation.Get()), c.pre[0], c.pre[1], c.pre[2], 0);
         EXPECT_TRUE(FbxVector4(node->RotationPivot.Get()).IsZero3());
-        EXPECT_TRUE(FbxVector4(node->ScalingPivot.Get()).IsZero3());
         EXPECT_TRUE(node->GetRotationPivot(FbxNode::eSourcePivot).IsZero3());
         EXPECT_EQ(node->RotationOrder.Get(), 0);
         const FbxAMatrix& g = node->EvaluateGlobalTransform();

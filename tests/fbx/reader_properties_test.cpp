@@ -133,8 +133,31 @@ TEST(PropertyRecordTest, ChannelsOfCurveNodesGoBelowTheCompound) {
     EXPECT_EQ(node->FindProperty("d").GetChild().Get<double>(), 1.5);
 }
 
+TEST(PropertyRecordTest, ManyPropertiesOfAPlainObjectStayDistinct) {
+    // A plain class has no properties of its own: all come from the file, and past a
+    // handful they are found through an index. A repeated name updates its property.
+    FileParts parts;
+    Record character = Object("Constraint", 9, "Hero", "Character", "Character");
+    const int count = 40;
+    for (int k = 0; k < count; ++k) {
+        std::string name = "u" + std::to_string(k);
+        P(character, name.c_str(), "int", "Integer", "U").Int(k);
+    }
+    P(character, "u7", "int", "Integer", "U").Int(700);
+    parts.objects.Child(character);
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxObject* hero = file->Find("Hero");
+    ASSERT_NE(hero, nullptr);
+    EXPECT_EQ(hero->GetPropertyCount(), count);
+    for (int k = 0; k < count; ++k) {
+        std::string name = "u" + std::to_string(k);
+        EXPECT_EQ(hero->FindProperty(name.c_str()).Get<int>(), k == 7 ? 700 : k) << name;
+    }
+    EXPECT_TRUE(hero->FindProperty("U39", false).IsValid());  // case-insensitive walks the list
+}
+
 TEST(TemplateTest, TemplatesOverrideClassDefaultsAndObjectsOverrideTemplates) {
-    OneNode n;
     FileParts parts;
     Record& templ = Template(parts.definitions, "Model", "FbxNode");
     P(templ, "Lcl Scaling", "Lcl Scaling", "", "A+").Double(2).Double(2).Double(2);

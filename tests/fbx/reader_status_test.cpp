@@ -47,6 +47,27 @@ TEST(ImporterStatusTest, RefusalsCarryCodeAndText) {
     }
 }
 
+TEST(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
+    // Models are read in file order; the second one's block holds a record that claims
+    // to end far past the file. The first stays, the loop stops, and the status makes
+    // the import fail unless the check is relaxed.
+    FileParts parts;
+    parts.objects.Child(Object("Model", 1, "First", "Model", "Null"));
+    Record broken = Object("Model", 2, "Broken", "Model", "Null");
+    broken.Add("Version").Int(232).endOffset = 1u << 30;
+    parts.objects.Child(broken);
+    parts.objects.Child(Object("Model", 3, "Third", "Model", "Null"));
+    for (bool relaxed : {false, true}) {
+        auto file = Import(parts, [relaxed](FbxIOSettings& s) { s.SetBoolProp(Option("RelaxedFbxCheck").c_str(), relaxed); });
+        EXPECT_EQ(file->ok, relaxed);
+        EXPECT_EQ(file->Status().GetCode(), kFbxInvalidFile);
+        EXPECT_EQ(file->Status().GetErrorString(), "File is corrupted: 'fixture.fbx'");
+        EXPECT_NE(file->Find("First"), nullptr);
+        EXPECT_EQ(file->Find("Broken"), nullptr);
+        EXPECT_EQ(file->Find("Third"), nullptr);
+    }
+}
+
 TEST(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
     FbxManager* manager = FbxManager::Create();
     FbxImporter* importer = FbxImporter::Create(manager, "");
@@ -81,14 +102,18 @@ TEST(ImporterStatusTest, FileVersionParts) {
 }
 
 TEST(ImporterStatusTest, TakesGiveTheStacksTheirSpans) {
+    // The fixture states no TCDefinition, so its times count 46,186,158,000 a second:
+    // n seconds read as n * 141,120,000 ticks (the remainder term (0 + 164) * 141120 /
+    // 46186158 truncates to 0).
+    const int64_t second = 46186158000;
     FileParts parts;
     parts.objects.Child(Object("AnimationStack", 5, "Take 001", "AnimStack", ""));
     Record takes("Takes");
     takes.Add("Current").String("Take 001");
     Record& take = takes.Add("Take");
     take.String("Take 001");
-    take.Add("LocalTime").Long(100).Long(200);
-    take.Add("ReferenceTime").Long(50).Long(250);
+    take.Add("LocalTime").Long(second).Long(2 * second);
+    take.Add("ReferenceTime").Long(0).Long(3 * second);
     Record& other = takes.Add("Take");
     other.String("No such stack");
     other.Add("LocalTime").Long(1).Long(2);
@@ -97,15 +122,15 @@ TEST(ImporterStatusTest, TakesGiveTheStacksTheirSpans) {
     ASSERT_TRUE(file->ok);
     FbxAnimStack* stack = file->Find<FbxAnimStack>("Take 001");
     ASSERT_NE(stack, nullptr);
-    int64_t start = 0, stop = 0, refStart = 0, refStop = 0;
+    int64_t start = -1, stop = -1, refStart = -1, refStop = -1;
     stack->LocalStart.Get(&start, eFbxTime);
     stack->LocalStop.Get(&stop, eFbxTime);
     stack->ReferenceStart.Get(&refStart, eFbxTime);
     stack->ReferenceStop.Get(&refStop, eFbxTime);
-    // The spans pass through the file's time conversion; the values are ordered as read.
-    EXPECT_LT(start, stop);
-    EXPECT_LT(refStart, start);
-    EXPECT_GT(refStop, stop);
+    EXPECT_EQ(start, 141120000);
+    EXPECT_EQ(stop, 2 * 141120000);
+    EXPECT_EQ(refStart, 0);
+    EXPECT_EQ(refStop, 3 * 141120000);
 }
 
 TEST(ImporterStatusTest, ProgressRunsToOneHundredAndCanStopTheObjectLoop) {

@@ -66,7 +66,7 @@ TEST(StreamOpen, LayoutGateAndRetry) {
 TEST(StreamOpen, RefusedFiles) {
     std::vector<uint8_t> badMagic = fbxwriter::Write({Record("A")});
     badMagic[19] = 'X';
-    const std::string asciiText = "; FBX 7.4.0 project file\nFBXHeaderExtension:  {\n}\n";
+    const std::string asciiText = "; FBX 7.4.0 project file\nFBXHeaderExtension:  {\n";
     struct Row {
         const char* what;
         std::vector<uint8_t> bytes;
@@ -75,8 +75,8 @@ TEST(StreamOpen, RefusedFiles) {
     };
     const Row rows[] = {
         {"bad magic", badMagic, kFbxFailure, "File is corrupted: 'fixture.fbx'"},
-        {"text file", std::vector<uint8_t>(asciiText.begin(), asciiText.end()), kFbxFailure,
-         "File is corrupted: 'fixture.fbx'"},
+        {"text file with a block never closed", std::vector<uint8_t>(asciiText.begin(), asciiText.end()),
+         kFbxInvalidFile, "File is corrupted: 'fixture.fbx'"},
         {"shorter than a header", std::vector<uint8_t>(badMagic.begin(), badMagic.begin() + 20), kFbxFailure,
          "File is corrupted: 'fixture.fbx'"},
         {"version 8000", fbxwriter::Write({Record("A")}, Version(8000)), kFbxInvalidFileVersion,

@@ -7,9 +7,9 @@ vurl_warnings(test_fbx_stream)
 target_link_libraries(test_fbx_stream PRIVATE vurl_fbx vurl_fbx_writer GTest::gtest_main)
 gtest_discover_tests(test_fbx_stream)
 
-# Coverage-guided fuzzing of the stream; needs clang. Not part of the test run:
+# Coverage-guided fuzzing of the stream and the reader; needs clang. Not part of the test run:
 #   cmake -DCMAKE_CXX_COMPILER=clang++ -DVURL_FBX_FUZZER=ON ... && ninja fbx_stream_fuzzer
-option(VURL_FBX_FUZZER "Build the libFuzzer target for the FBX field stream" OFF)
+option(VURL_FBX_FUZZER "Build the libFuzzer target for the FBX field stream and reader" OFF)
 if(VURL_FBX_FUZZER AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   # The library is compiled in again so that its code carries coverage counters.
   get_target_property(fbx_sources vurl_fbx SOURCES)

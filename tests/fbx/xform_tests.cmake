@@ -5,6 +5,7 @@ add_executable(test_fbx_xform
   node_eval_test.cpp
   geometry_converter_test.cpp
   scene_convert_test.cpp
+  curve_convert_test.cpp
   axis_unit_test.cpp
 )
 vurl_warnings(test_fbx_xform)

@@ -56,7 +56,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {"x", "x.001", "x.002", "x.003"}},
         NamesCase{"EmptyNames", {{"", -1}, {"", 0}}, {"", ".001"}},
         NamesCase{"BytesNotLetters", {{"A", -1}, {"a", -1}, {"a ", -1}}, {"A", "a", "a "}}),
-    [](const testing::TestParamInfo<NamesCase>& info) { return info.param.label; });
+    [](const testing::TestParamInfo<NamesCase>& row) { return row.param.label; });
 
 TEST(MakeNodeNamesUnique, CountersGrowPastThreeDigits) {
     FbxTestScene doc;

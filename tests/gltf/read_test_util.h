@@ -50,7 +50,7 @@ inline std::vector<uint8_t> Text(const std::string& s) { return std::vector<uint
 
 // Parses a JSON text into a document.
 inline GltfDocument ParseDocument(const std::string& json) {
-    rapidjson::Document parsed;
+    GltfJsonDocument parsed;
     parsed.Parse(json.c_str());
     GltfDocument document;
     ReadGltfDocument(document, parsed);

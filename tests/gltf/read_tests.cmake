@@ -3,6 +3,7 @@ add_executable(test_gltf_read
   read_container_test.cpp
   read_document_test.cpp
   read_accessor_test.cpp
+  decode_cost_test.cpp
   read_images_test.cpp
   import_scene_test.cpp
   import_materials_test.cpp

@@ -45,6 +45,23 @@ TEST(GlbContainer, ChunksArePaddedAndLengthsPatched) {
     }
 }
 
+TEST(GlbContainer, LengthsMustFitThirtyTwoBits) {
+    // The file is 12 + 8 + JSON + 8 + binary bytes, each chunk padded to 4; at most 2^32 - 1.
+    const uint64_t max = 4294967295u;
+    const struct {
+        uint64_t json, binary;
+        bool fits;
+    } cases[] = {
+        {4, max - 35, true},    // 28 + 4 + 4294967260 = 4294967292
+        {4, max - 32, false},   // 4294967263 pads to 4294967264: 4294967296
+        {0, max - 27, false},   // 28 + 4294967268: the binary data alone is too long
+        {max - 27, 0, false},   // and so is the JSON text
+        {1, max - 38, true},    // 28 + 4 + 4294967260 (4294967257 padded)
+        {0, uint64_t(1) << 40, false},
+    };
+    for (const auto& c : cases) EXPECT_EQ(GlbLengthsFit(c.json, c.binary), c.fits) << c.json << " " << c.binary;
+}
+
 TEST(GlbContainer, UnwritablePathIsLeftAloneQuietly) {
     std::string dir = TempGlbPath("a_directory");
     std::filesystem::remove_all(dir);

@@ -193,6 +193,14 @@ TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
     expectUntouched([](MeshInstance& mi) { mi.vertices->texCoords[1].assign(mi.vertices->positions.size() / 3 * 2, 0); });
     expectUntouched([](MeshInstance& mi) { mi.indices = nullptr; });
     expectUntouched([](MeshInstance& mi) { mi.vertices = nullptr; });
+    // Accessors without a buffer view decode as empty lists: such an instance never reaches
+    // xatlas, whichever of the two is empty.
+    expectUntouched([](MeshInstance& mi) {
+        mi.vertices->positions.clear();
+        mi.indices->clear();
+    });
+    expectUntouched([](MeshInstance& mi) { mi.vertices->positions.clear(); });
+    expectUntouched([](MeshInstance& mi) { mi.indices->clear(); });
 }
 
 TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {

@@ -159,6 +159,14 @@ struct Section {
 // The file's bytes. Top-level records go in the main section.
 std::vector<uint8_t> Write(const std::vector<Record>& records, const Options& options = {},
                            const std::vector<Section>& extraSections = {});
+// The same records as a text file, written the way authoring tools write them:
+// the version line, `Name: value,value {` blocks, `*count { a: ... }` arrays,
+// two-part names as "Class::Name", quotes as &quot;, raw values as base64,
+// reals in their shortest exact form, key attribute data as the bits of its
+// floats. The binary-only overrides (lengths, offsets, verbatim bytes) are not
+// written.
+std::string WriteAscii(const std::vector<Record>& records, uint32_t version = 7400);
+
 // Writes bytes to a file; false on failure.
 bool SaveFile(const std::string& path, const std::vector<uint8_t>& bytes);
 

@@ -1,7 +1,8 @@
 // Writes a large binary FBX document for load benchmarks: a joint hierarchy
 // with baked animation curves (about half the bytes) and meshes with big
 // zlib arrays (the other half).
-//   vurl_make_big_fbx OUT.fbx [megabytes=100] [version=7500]
+//   vurl_make_big_fbx [--text] OUT.fbx [megabytes=100] [version=7500]
+// --text writes the same kind of document as a text file of about that size.
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -77,16 +78,22 @@ Record Mesh(int64_t id, Noise& noise) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    const bool text = argc > 1 && std::string(argv[1]) == "--text";
+    if (text) {
+        --argc;
+        ++argv;
+    }
     if (argc < 2) {
-        std::fprintf(stderr, "usage: %s OUT.fbx [megabytes=100] [version=7500]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s [--text] OUT.fbx [megabytes=100] [version=7500]\n", argv[0]);
         return 1;
     }
     const double megabytes = argc > 2 ? std::atof(argv[2]) : 100.0;
     const auto version = static_cast<uint32_t>(argc > 3 ? std::atoi(argv[3]) : 7500);
     // Measured per unit of this generator: a joint with 9 curves of 1200 keys
-    // writes about 50 KB, a mesh of 60,000 vertices about 1.8 MB.
-    const auto joints = static_cast<int>(megabytes * 0.5 * 1e6 / 49600.0) + 1;
-    const auto meshes = static_cast<int>(megabytes * 0.5 * 1e6 / 1.84e6) + 1;
+    // writes about 50 KB (text: 200 KB), a mesh of 60,000 vertices about 1.8 MB
+    // (text: 2.3 MB).
+    const auto joints = static_cast<int>(megabytes * 0.5 * 1e6 / (text ? 200e3 : 49600.0)) + 1;
+    const auto meshes = static_cast<int>(megabytes * 0.5 * 1e6 / (text ? 2.3e6 : 1.84e6)) + 1;
 
     Noise noise;
     std::vector<Record> top;
@@ -139,7 +146,13 @@ int main(int argc, char** argv) {
 
     Options options;
     options.version = version;
-    const std::vector<uint8_t> bytes = Write(top, options);
+    std::vector<uint8_t> bytes;
+    if (text) {
+        const std::string written = WriteAscii(top, version);
+        bytes.assign(written.begin(), written.end());
+    } else {
+        bytes = Write(top, options);
+    }
     if (!SaveFile(argv[1], bytes)) {
         std::fprintf(stderr, "cannot write %s\n", argv[1]);
         return 1;

@@ -62,7 +62,9 @@ std::string GlbFixture::Json(const std::string& members) const {
         return s + "]";
     };
     std::string json = "{\"asset\":{\"version\":\"2.0\"}";
-    json += ",\"buffers\":[{\"byteLength\":" + std::to_string(binary_.size()) + "}]";
+    json += ",\"buffers\":[{";
+    if (!bufferUri_.empty()) json += "\"uri\":\"" + bufferUri_ + "\",";
+    json += "\"byteLength\":" + std::to_string(binary_.size()) + "}]";
     if (!views_.empty()) json += ",\"bufferViews\":" + join(views_);
     if (!accessors_.empty()) json += ",\"accessors\":" + join(accessors_);
     if (!members.empty()) json += "," + members;

@@ -41,6 +41,10 @@ public:
         return AddAccessor(view, 0, componentType, uint32_t(values.size() / Components(type)), type, normalized);
     }
 
+    // Gives the one buffer a "uri" (written as it stands), for text .gltf files whose data
+    // lies in a file of their own.
+    void SetBufferUri(const std::string& uri) { bufferUri_ = uri; }
+
     // The JSON text: asset, buffers, bufferViews, accessors, then `members` (text of further
     // root members without the surrounding braces, may be empty).
     std::string Json(const std::string& members) const;
@@ -54,6 +58,7 @@ private:
     std::vector<uint8_t> binary_;
     std::vector<std::string> views_;
     std::vector<std::string> accessors_;
+    std::string bufferUri_;
 };
 
 // GLB 2 bytes from a JSON text and binary data; the binary chunk is left out when
