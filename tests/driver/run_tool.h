@@ -7,6 +7,8 @@
 
 #include "file_contents.h"
 
+using testsupport::ReadFileText;
+
 struct ToolRun {
     int exitCode = -1;  // -1 when the process died of a signal
     int signal = 0;
