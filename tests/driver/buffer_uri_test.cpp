@@ -8,15 +8,17 @@
 #include <vector>
 
 #include "glb_fixture.h"
+#include "file_contents.h"
 #include "run_tool.h"
+#include "scratch_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 TEST(BufferUri, OnlyFilesInsideTheInputsFolderAreRead) {
-    const std::string dir = MakeScratchDir("uri");
-    ASSERT_FALSE(dir.empty());
+    testsupport::ScratchFolder folder("uri");
+    const std::string dir = folder.Path().string();
     // dir/secret.bin lies beside the input's folder dir/in, which holds the input, its data
     // in two places and two links: one to a file inside, one to the secret.
     fs::create_directories(dir + "/in/sub");
@@ -58,7 +60,6 @@ TEST(BufferUri, OnlyFilesInsideTheInputsFolderAreRead) {
         EXPECT_EQ(run.err.find('\n'), run.err.size() - 1) << run.err;
         EXPECT_FALSE(fs::exists(dir + "/out.glb"));
     }
-    fs::remove_all(dir);
 }
 
 }  // namespace

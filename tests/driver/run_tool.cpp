@@ -13,12 +13,6 @@
 #error "VURL_EXECUTABLE must name the built tool"
 #endif
 
-std::string MakeScratchDir(const std::string& label) {
-    std::string templ = (std::filesystem::temp_directory_path() / ("vurl-" + label + "-XXXXXX")).string();
-    char* made = mkdtemp(templ.data());
-    return made ? std::string(made) : std::string();
-}
-
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace) {
     ToolRun run;
     std::string outPath = cwd + "/.stdout", errPath = cwd + "/.stderr";

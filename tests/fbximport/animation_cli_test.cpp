@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "fbx_scene_document.h"
+#include "file_contents.h"
 #include "json/json.h"
 #include "run_tool.h"
+#include "scratch_folder.h"
 #include "write_test_support.h"
 
 namespace {
@@ -56,7 +58,7 @@ SceneDocument Avatar(bool late) {
 }
 
 std::string ExpectedCompact(const std::string& name) {
-    std::string text = ReadFileText(std::string(VURL_FBXIMPORT_EXPECTED_DIR) + "/" + name);
+    std::string text = testsupport::ReadFileText(std::string(VURL_FBXIMPORT_EXPECTED_DIR) + "/" + name);
     std::string out;
     for (char c : text)
         if (c != '\n') out += c;
@@ -130,14 +132,15 @@ class AnimationOptions : public testing::TestWithParam<OptionCase> {};
 
 TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
     const OptionCase& c = GetParam();
-    const std::string dir = MakeScratchDir(std::string("anim-") + c.label);
+    const testsupport::ScratchFolder folder(std::string("anim-") + c.label);
+    const std::string dir = folder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/avatar.fbx", Avatar(false).Bytes()));
 
     std::vector<std::string> json = {"-i", "avatar.fbx", "-a", "anim.json"};
     json.insert(json.end(), c.options.begin(), c.options.end());
     const ToolRun jsonRun = RunTool(json, dir);
     ASSERT_EQ(jsonRun.exitCode, 0) << jsonRun.err;
-    EXPECT_EQ(ReadFileText(dir + "/anim.json"), ExpectedCompact(c.expectedJson));
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/anim.json"), ExpectedCompact(c.expectedJson));
 
     std::vector<std::string> glb = {"-i", "avatar.fbx", "-o", "out.glb"};
     glb.insert(glb.end(), c.options.begin(), c.options.end());
@@ -203,7 +206,8 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<OptionCase>& info) { return std::string(info.param.label); });
 
 TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
-    const std::string dir = MakeScratchDir("anim-channels");
+    const testsupport::ScratchFolder folder("anim-channels");
+    const std::string dir = folder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/avatar.fbx", Avatar(false).Bytes()));
     const ToolRun run = RunTool({"-i", "avatar.fbx", "-o", "out.glb"}, dir);
     ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -228,7 +232,8 @@ TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
 }
 
 TEST(AnimationCli, TakesWithoutKeysOrClippedAwayGiveNoFile) {
-    const std::string dir = MakeScratchDir("anim-takes");
+    const testsupport::ScratchFolder folder("anim-takes");
+    const std::string dir = folder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/avatar.fbx", Avatar(true).Bytes()));
     ToolRun run = RunTool({"-i", "avatar.fbx", "-a", "anim.json", "-f", "take"}, dir);
     ASSERT_EQ(run.exitCode, 0) << run.err;
@@ -250,7 +255,8 @@ TEST(AnimationCli, AFileWithoutStacksHasNoAnimation) {
     const int64_t geo = doc.AddNode("geo_GRP");
     const int64_t head = doc.AddNode("C_head_GEO", doc.AddNode("head_GRP", geo), "Mesh");
     doc.AddBlendShapeChannel(doc.AddBlendShape(doc.AddMesh(head), "blendShape1"), "blendShape1.ai_jawOpen");
-    const std::string dir = MakeScratchDir("anim-none");
+    const testsupport::ScratchFolder folder("anim-none");
+    const std::string dir = folder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/avatar.fbx", doc.Bytes()));
     const ToolRun run = RunTool({"-i", "avatar.fbx", "-o", "out.glb", "-a", "anim.json"}, dir);
     ASSERT_EQ(run.exitCode, 0) << run.err;

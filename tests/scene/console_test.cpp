@@ -50,6 +50,7 @@ TEST(ConsoleDeathTest, ErrorWritesAfterTheProgressSoFar) {
 TEST(ConsoleDeathTest, EndRunExitsWithOne) {
     ExpectEndsRun([] { EndRun(); }, "^$");
     ExpectEndsRun([] { EndRun("Couldn't find '%s' node?", "geo_GRP"); }, "^ERROR: Couldn't find 'geo_GRP' node\\?\n$");
+    ExpectEndsRun([] { EndRunFromWorkerThread(); }, "^$");
 }
 
 TEST(ConsoleDeathTest, EndRunKeepsBufferedProgress) {
