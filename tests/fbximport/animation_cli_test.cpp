@@ -56,7 +56,7 @@ SceneDocument Avatar(bool late) {
 }
 
 std::string ExpectedCompact(const std::string& name) {
-    std::string text = ReadFileText(std::string(VURL_FBXIMPORT_EXPECTED_DIR) + "/" + name);
+    std::string text = testsupport::ReadFileText(std::string(VURL_FBXIMPORT_EXPECTED_DIR) + "/" + name);
     std::string out;
     for (char c : text)
         if (c != '\n') out += c;
@@ -137,7 +137,7 @@ TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
     json.insert(json.end(), c.options.begin(), c.options.end());
     const ToolRun jsonRun = RunTool(json, dir);
     ASSERT_EQ(jsonRun.exitCode, 0) << jsonRun.err;
-    EXPECT_EQ(ReadFileText(dir + "/anim.json"), ExpectedCompact(c.expectedJson));
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/anim.json"), ExpectedCompact(c.expectedJson));
 
     std::vector<std::string> glb = {"-i", "avatar.fbx", "-o", "out.glb"};
     glb.insert(glb.end(), c.options.begin(), c.options.end());
