@@ -40,6 +40,12 @@ void EndRun() {
     std::exit(1);
 }
 
+void EndRunFromWorkerThread() {
+    std::fflush(stdout);
+    std::fflush(stderr);
+    std::_Exit(1);
+}
+
 void EndRun(const char* format, ...) {
     va_list args;
     va_start(args, format);

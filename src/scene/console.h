@@ -26,3 +26,7 @@ VURL_PRINTF_FORMAT(1, 2) void ConsoleErrorText(const char* format, ...);
 
 // Reports as ConsoleError does, then ends the run as EndRun() does.
 [[noreturn]] VURL_PRINTF_FORMAT(1, 2) void EndRun(const char* format, ...);
+
+// Ends the run with exit code 1 at once, without the destructors of static objects: for a
+// library's worker thread, while the run's own thread may still use those objects.
+[[noreturn]] void EndRunFromWorkerThread();

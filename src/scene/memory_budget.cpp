@@ -46,6 +46,5 @@ void EndRunOutOfMemory() {
     // On a library's worker thread the driver's thread is still running the stage: the process
     // ends here, without the destructors that would pull objects from under it.
     ConsoleError("'%s': not enough memory while %s", runInput.c_str(), runStage.c_str());
-    std::fflush(stderr);
-    std::_Exit(1);
+    EndRunFromWorkerThread();
 }

@@ -7,9 +7,9 @@
 #include <optional>
 #include <set>
 
-#include <unistd.h>
 
 #include "avatar/rrs_nodes.h"
+#include "scratch_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -23,7 +23,8 @@ TEST(RrsNodesTest, LoadsFromTheExecutableFolderAndReportsTheFirstFault) {
     const fs::path file = fs::canonical(VURL_AVATAR_TEST_BIN_DIR) / "resources" / "rrs_nodes.json";
     fs::create_directories(file.parent_path());
     // The working folder has a valid file of its own, which must never be read.
-    const fs::path elsewhere = fs::temp_directory_path() / ("vurl-rrs-" + std::to_string(getpid()));
+    const testsupport::ScratchFolder folder("rrs");
+    const fs::path& elsewhere = folder.Path();
     fs::create_directories(elsewhere / "resources");
     WriteText(elsewhere / "resources" / "rrs_nodes.json", R"({"ignore_node_keys": ["decoy"], "inherit_rrs_nodes": []})");
     const fs::path oldCwd = fs::current_path();
@@ -85,5 +86,4 @@ TEST(RrsNodesTest, LoadsFromTheExecutableFolderAndReportsTheFirstFault) {
     EXPECT_EXIT(RequireRrsNodes(), testing::ExitedWithCode(1), "^Invalid rrs nodes json file\n$");
     fs::remove(file);
     fs::current_path(oldCwd);
-    fs::remove_all(elsewhere);
 }

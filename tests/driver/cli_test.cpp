@@ -5,22 +5,23 @@
 #include <filesystem>
 #include <fstream>
 
+#include "file_contents.h"
 #include "run_tool.h"
+#include "scratch_folder.h"
 
 namespace {
+
+using testsupport::ReadFileText;
 
 class CliTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        dir = MakeScratchDir("cli");
-        ASSERT_FALSE(dir.empty());
         std::ofstream(dir + "/scene.txt") << "not a scene";
         std::ofstream(dir + "/scene.glb") << "glTF";
         help = ReadFileText(std::string(VURL_TEST_DATA) + "/help_options.txt");
         fullHelp = ReadFileText(std::string(VURL_TEST_DATA) + "/help_full.txt");
         ASSERT_FALSE(help.empty());
     }
-    void TearDown() override { std::filesystem::remove_all(dir); }
     ToolRun Run(const std::vector<std::string>& args) { return RunTool(args, dir); }
 
     // An "ERROR:" report: the message and two line ends on stderr, the options on stdout, exit 1.
@@ -30,7 +31,8 @@ protected:
         EXPECT_EQ(run.out, help);
     }
 
-    std::string dir, help, fullHelp;
+    testsupport::ScratchFolder folder{"cli"};
+    std::string dir = folder.Path().string(), help, fullHelp;
 };
 
 TEST_F(CliTest, HelpAndVersionOutrankEverything) {

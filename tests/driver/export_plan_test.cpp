@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
 
 #include "driver/export_plan.h"
 #include "driver/manifest.h"
-#include "run_tool.h"
+#include "file_contents.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -139,15 +139,15 @@ TEST(Manifest, StandardLayoutInWritingOrderWithUnknownExtensions) {
     auto files = WriteOutputs(registry, scene, names, "combine", false);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Writing a.glb...\nWriting m.json...\nWriting r.unknown...\n");
 
-    std::string dir = MakeScratchDir("manifest");
+    testsupport::ScratchFolder folder("manifest");
+    const std::string dir = folder.Path().string();
     WriteManifest(files, dir + "/manifest.json");
-    EXPECT_EQ(ReadFileText(dir + "/manifest.json"),
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/manifest.json"),
               "{\n"
               "\t\"a.glb\": [\n\t\t\"model\",\n\t\t\"animation\"\n\t],\n"
               "\t\"m.json\": [\n\t\t\"scene\",\n\t\t\"metadata\"\n\t],\n"
               "\t\"r.unknown\": [\n\t\t\"materials\"\n\t]\n"
               "}");
     WriteManifest({}, dir + "/empty.json");
-    EXPECT_EQ(ReadFileText(dir + "/empty.json"), "{\n\n}");
-    std::filesystem::remove_all(dir);
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/empty.json"), "{\n\n}");
 }

@@ -10,7 +10,9 @@
 
 #include "driver/output_guard.h"
 #include "glb_fixture.h"
+#include "file_contents.h"
 #include "run_tool.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -89,8 +91,8 @@ TEST(Memory, AllocationFailureEndsTheStageWithOneLine) {
         {"unwrapping UVs", Grid, {"-u", "true"}, 60 * kMiB, "Unwrapping UVs...\n"},
         {"writing out.glb", [] { return SharedAccessor(250, 40000); }, {}, 180 * kMiB, "Writing out.glb...\n"},
     };
-    const std::string dir = MakeScratchDir("memory");
-    ASSERT_FALSE(dir.empty());
+    testsupport::ScratchFolder folder("memory");
+    const std::string dir = folder.Path().string();
     for (const MemoryCase& c : cases) {
         SCOPED_TRACE(c.stage);
         ASSERT_TRUE(glbfixture::WriteFile(dir + "/in.glb", c.input()));
@@ -104,9 +106,8 @@ TEST(Memory, AllocationFailureEndsTheStageWithOneLine) {
         EXPECT_EQ(run.err, "ERROR: 'in.glb': not enough memory while " + c.stage + "\n");
         ASSERT_GE(run.out.size(), c.lastProgress.size());
         EXPECT_EQ(run.out.substr(run.out.size() - c.lastProgress.size()), c.lastProgress);
-        EXPECT_EQ(ReadFileText(dir + "/out.glb"), "old");
+        EXPECT_EQ(testsupport::ReadFileText(dir + "/out.glb"), "old");
     }
-    fs::remove_all(dir);
 }
 
 TEST(Memory, DecodingMoreThanAvailableIsRefusedUpFront) {
@@ -114,7 +115,8 @@ TEST(Memory, DecodingMoreThanAvailableIsRefusedUpFront) {
     // One 30,000-vertex mesh whose 8,000 morph targets all name its position accessor.
     std::string targets;
     for (int t = 0; t < 8000; ++t) targets += t ? R"(,{"POSITION":0})" : R"({"POSITION":0})";
-    const std::string dir = MakeScratchDir("estimate");
+    testsupport::ScratchFolder folder("estimate");
+    const std::string dir = folder.Path().string();
     ASSERT_TRUE(glbfixture::WriteFile(dir + "/in.glb", SharedAccessor(1, 30000, R"(,"targets":[)" + targets + "]")));
 
     const ToolRun run = RunTool({"-i", "in.glb", "-o", "out.glb"}, dir, 1024 * kMiB);
@@ -126,11 +128,11 @@ TEST(Memory, DecodingMoreThanAvailableIsRefusedUpFront) {
               "bytes available\n");
     EXPECT_EQ(run.out, "Loading scene...\nFailed to load scene.\n");
     EXPECT_FALSE(fs::exists(dir + "/out.glb"));
-    fs::remove_all(dir);
 }
 
 TEST(Memory, InterruptedWriteLeavesNoHalfWrittenFile) {
-    const std::string dir = MakeScratchDir("guard");
+    testsupport::ScratchFolder folder("guard");
+    const std::string dir = folder.Path().string();
     const std::string file = dir + "/out.json";
     auto writeThenFail = [&](bool touch) {
         try {
@@ -149,10 +151,9 @@ TEST(Memory, InterruptedWriteLeavesNoHalfWrittenFile) {
     EXPECT_FALSE(fs::exists(file));
     ASSERT_TRUE(glbfixture::WriteFile(file, {'o', 'l', 'd'}));
     writeThenFail(false);
-    EXPECT_EQ(ReadFileText(file), "old");
+    EXPECT_EQ(testsupport::ReadFileText(file), "old");
     writeThenFail(true);
     EXPECT_FALSE(fs::exists(file));
-    fs::remove_all(dir);
 }
 
 }  // namespace

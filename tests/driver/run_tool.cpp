@@ -5,27 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+
+#include "file_contents.h"
 
 #ifndef VURL_EXECUTABLE
 #error "VURL_EXECUTABLE must name the built tool"
 #endif
-
-std::string ReadFileText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
-std::string MakeScratchDir(const std::string& label) {
-    std::string templ = (std::filesystem::temp_directory_path() / ("vurl-" + label + "-XXXXXX")).string();
-    char* made = mkdtemp(templ.data());
-    return made ? std::string(made) : std::string();
-}
 
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace) {
     ToolRun run;
@@ -53,8 +39,8 @@ ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, ui
     waitpid(pid, &status, 0);
     if (WIFEXITED(status)) run.exitCode = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) run.signal = WTERMSIG(status);
-    run.out = ReadFileText(outPath);
-    run.err = ReadFileText(errPath);
+    run.out = testsupport::ReadFileText(outPath);
+    run.err = testsupport::ReadFileText(errPath);
     std::filesystem::remove(outPath);
     std::filesystem::remove(errPath);
     return run;

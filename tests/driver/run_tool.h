@@ -15,5 +15,3 @@ struct ToolRun {
 // Arguments are passed as they are (no shell word splitting); cwd is the scratch folder. A
 // non-zero addressSpace caps the tool's address space (RLIMIT_AS) at that many bytes.
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace = 0);
-std::string ReadFileText(const std::string& path);
-std::string MakeScratchDir(const std::string& label);

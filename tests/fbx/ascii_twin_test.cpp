@@ -16,6 +16,8 @@
 #include "fbx/fbx_importer.h"
 #include "fbx/fbx_manager.h"
 #include "fbx_scene_document.h"
+#include "file_contents.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -209,7 +211,8 @@ TEST(AsciiTwin, SameImportedDocumentAsBinary) {
 TEST(AsciiTwin, TextContentIsTakenUnderAnotherName) {
     // As with the binary magic, a file whose first line is the version line is FBX
     // whatever its name says.
-    const std::string dir = MakeScratchDir("ascii_name");
+    testsupport::ScratchFolder folder("ascii_name");
+    const std::string dir = folder.Path().string();
     const std::string text = fbxwriter::WriteAscii(Records(7400), 7400);
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/scene.dae", std::vector<uint8_t>(text.begin(), text.end())));
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/other.dae", std::vector<uint8_t>(text.begin() + 1, text.end())));
@@ -222,7 +225,6 @@ TEST(AsciiTwin, TextContentIsTakenUnderAnotherName) {
     EXPECT_FALSE(importer->Initialize((dir + "/other.dae").c_str()));
     EXPECT_EQ(importer->GetStatus().GetErrorString(), "Unexpected file type");
     manager->Destroy();
-    std::filesystem::remove_all(dir);
 }
 
 std::map<std::string, std::string> OutputFiles(const std::string& dir) {
@@ -230,7 +232,7 @@ std::map<std::string, std::string> OutputFiles(const std::string& dir) {
     for (const auto& entry : std::filesystem::directory_iterator(dir)) {
         const std::string name = entry.path().filename().string();
         if (entry.is_regular_file() && name != "avatar.fbx" && name[0] != '.') {
-            files[name] = ReadFileText(entry.path().string());
+            files[name] = testsupport::ReadFileText(entry.path().string());
         }
     }
     return files;
@@ -238,8 +240,8 @@ std::map<std::string, std::string> OutputFiles(const std::string& dir) {
 
 TEST(AsciiTwin, ToolConvertsBothToIdenticalOutputs) {
     const std::vector<Record> records = Avatar().Records(7400);
-    const std::string binaryDir = MakeScratchDir("ascii_twin_binary");
-    const std::string textDir = MakeScratchDir("ascii_twin_text");
+    testsupport::ScratchFolder binaryFolder("ascii_twin_binary"), textFolder("ascii_twin_text");
+    const std::string binaryDir = binaryFolder.Path().string(), textDir = textFolder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(binaryDir + "/avatar.fbx", fbxwriter::Write(records)));
     const std::string text = fbxwriter::WriteAscii(records, 7400);
     ASSERT_TRUE(fbxwriter::SaveFile(textDir + "/avatar.fbx", std::vector<uint8_t>(text.begin(), text.end())));
@@ -267,8 +269,6 @@ TEST(AsciiTwin, ToolConvertsBothToIdenticalOutputs) {
         EXPECT_FALSE(bytes.empty());
         EXPECT_TRUE(it->second == bytes);
     }
-    std::filesystem::remove_all(binaryDir);
-    std::filesystem::remove_all(textDir);
 }
 
 }  // namespace

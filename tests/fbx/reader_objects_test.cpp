@@ -3,13 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "fbx/fbx_anim.h"
 #include "fbx/fbx_deformer.h"
 #include "fbx/fbx_geometry.h"
 #include "fbx/fbx_material.h"
+#include "file_contents.h"
 #include "model_test_util.h"
+#include "scratch_folder.h"
 
 namespace modeltest {
 namespace {
@@ -238,9 +239,8 @@ TEST(PostPassTest, ProducerCamerasLeaveTheTree) {
 
 TEST(EmbeddedMediaTest, ContentGoesIntoTheFolderNamedAfterTheFile) {
     namespace fs = std::filesystem;
-    fs::path dir = fs::temp_directory_path() / ("vurl_media_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()));
-    fs::remove_all(dir);
-    fs::create_directories(dir);
+    testsupport::ScratchFolder folder("media");
+    const fs::path& dir = folder.Path();
     FileParts parts;
     Record video = Object("Video", 80, "Image", "Video", "Clip");
     video.Add("RelativeFilename").String("..\\textures/../../skin.png");  // only the last part counts
@@ -250,14 +250,11 @@ TEST(EmbeddedMediaTest, ContentGoesIntoTheFolderNamedAfterTheFile) {
     auto file = Import(parts, {}, name.c_str());
     ASSERT_TRUE(file->ok);
     fs::path written = dir / "avatar.fbm" / "skin.png";
-    std::ifstream in(written, std::ios::binary);
-    std::string content((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(content, "PNGDATA");
+    EXPECT_EQ(testsupport::ReadFileText(written.string()), "PNGDATA");
     FbxVideo* v = file->Find<FbxVideo>("Image");
     ASSERT_NE(v, nullptr);
     EXPECT_EQ(v->fileName, written.string());
     EXPECT_FALSE(fs::exists(dir / "skin.png"));
-    fs::remove_all(dir);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "../driver/run_tool.h"
 #include "../gltf/write_test_support.h"
 #include "fbx_scene_document.h"
+#include "file_contents.h"
 #include "import_test_support.h"
 #include "json/json.h"
 
@@ -59,7 +60,7 @@ TEST(AvatarRun, ModelAndMetadataFiles) {
                    "Processing scene...\nExporting...\nWriting meta.json...\nWriting model.json...\n"
                    "Writing scene.json...\nExport Complete!\n");
 
-    EXPECT_EQ(ReadText(dir + "/meta.json"),
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/meta.json"),
               "{\"meshes\":" + std::to_string(kPlaceholders) + ",\"meshInstances\":" + std::to_string(kPlaceholders) +
                   ",\"nodes\":" + std::to_string(kNodes) + ",\"skins\":0,\"morphs\":0,\"vertices\":" +
                   std::to_string(3 * kPlaceholders) + ",\"triangles\":" + std::to_string(kPlaceholders) +
@@ -69,7 +70,7 @@ TEST(AvatarRun, ModelAndMetadataFiles) {
     // The first nodes, by hand: rig took the centimetre factor into its scale in the
     // document and gave it back in the unit pass (0.01f * 100 is exactly 1); spine's 100 cm
     // are 1 m; the root keeps no transform of its own.
-    const std::string model = ReadText(dir + "/model.json");
+    const std::string model = testsupport::ReadFileText(dir + "/model.json");
     const std::string node = R"(,"rotation":[0,0,0],"scale":[1,1,1],"scaleCompensation":false})";
     const std::string start =
         std::string(R"({"model":{"version":3,"nodes":[{"name":"RootNode","position":[0,0,0])") + node +

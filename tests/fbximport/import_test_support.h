@@ -35,10 +35,9 @@ private:
     FbxScene* scene_;
 };
 
-// A folder of its own below the system's temporary folder, made empty.
+// A folder of its own in the test process's scratch folder, made empty.
 std::string ScratchDir(const std::string& label);
 bool WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes);
-std::string ReadText(const std::string& path);
 
 inline void ExpectVec3(const Vec3& v, float x, float y, float z) {
     EXPECT_FLOAT_EQ(v.x, x);

@@ -38,7 +38,7 @@ TEST(DecodeCost, EachReadOfEachAccessorCounts) {
         {"sparse: base, indices and values", mesh(R"({"attributes":{"POSITION":6}})"), 68},
         {"Draco data instead of accessors", mesh(R"({"attributes":{"POSITION":0},"extensions":{"KHR_draco_mesh_compression":{"bufferView":0,"attributes":{"POSITION":0}}}})"), 0},
     };
-    ScratchDir dir;
+    ScratchFolder dir;
     for (const auto& c : cases) {
         GltfContext context;
         ASSERT_TRUE(ReadBytes(dir, glb.Build(c.members), context));

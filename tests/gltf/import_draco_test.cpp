@@ -78,7 +78,7 @@ std::string DracoPrimitive(int view, const std::string& attributes, const std::s
 }  // namespace
 
 TEST(ImportDraco, DecodesFacesAndConvertsEveryAttribute) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const Encoded e = EncodeQuad();
     GlbFixture glb;
     const int view = glb.AddView(glb.Append(e.bytes), e.bytes.size());
@@ -118,7 +118,7 @@ TEST(ImportDraco, DecodesFacesAndConvertsEveryAttribute) {
 }
 
 TEST(ImportDraco, UndecodableDataAndPointCloudsLeaveNoVertices) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::vector<uint8_t> garbage = {'D', 'R', 'A', 'C', 'O', 2, 2, 1, 1, 0, 0, 0};
     const std::vector<uint8_t> cloud = EncodePointCloud();
     GlbFixture glb;
@@ -140,7 +140,7 @@ TEST(ImportDraco, UndecodableDataAndPointCloudsLeaveNoVertices) {
 }
 
 TEST(ImportDraco, DataOutsideTheFirstBufferFallsBackToTheAccessors) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const Encoded e = EncodeQuad();
     GlbFixture glb;
     const size_t at = glb.Append(e.bytes);

@@ -7,7 +7,7 @@ using namespace glbfixture;
 namespace {
 
 // Imports one triangle per material so that every listed material is made.
-std::unique_ptr<Scene> ImportMaterials(const ScratchDir& dir, const std::string& materials,
+std::unique_ptr<Scene> ImportMaterials(const ScratchFolder& dir, const std::string& materials,
                                        const std::string& more = "") {
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
@@ -26,7 +26,7 @@ const Material* MaterialOf(const Scene& scene, uint64_t id) { return scene.mater
 }  // namespace
 
 TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{"name":"plain"},
         {"pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.25],"metallicFactor":0.2,"roughnessFactor":0.7},
          "emissiveFactor":[1,0.5,0],"doubleSided":true},
@@ -65,7 +65,7 @@ TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
 }
 
 TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{"alphaMode":"MASK","alphaCutoff":0.3},{"alphaMode":"BLEND"},
         {"extensions":{"KHR_materials_ior":{"ior":1.5},"KHR_materials_transmission":{"transmissionFactor":0.4}}},
         {"extensions":{"KHR_materials_volume":{"thicknessFactor":2,"attenuationColor":[0.5,1,1],"attenuationDistance":3},
@@ -91,7 +91,7 @@ TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
 }
 
 TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{"extensions":{"KHR_materials_unlit":{}},
             "pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.5],"baseColorTexture":{"index":0,"texCoord":1}},
             "emissiveFactor":[1,1,1]},
@@ -116,7 +116,7 @@ TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
 }
 
 TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{
         "pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":0}},
         "normalTexture":{"index":0,"scale":0.5},"occlusionTexture":{"index":0,"strength":0.1},
@@ -162,7 +162,7 @@ TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
 }
 
 TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{
         "pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":3,
             "extensions":{"KHR_texture_transform":{"offset":[1,2,3],"rotation":0.5,"scale":[2,4]}}}},
@@ -223,7 +223,7 @@ TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
 }
 
 TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMaterials(dir, R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}},
             "emissiveTexture":{"index":1},"normalTexture":{"index":2}}])",
         R"(,"textures":[{"name":"first","source":0,"sampler":0},{"name":"second","source":0},{"name":"loose"}],
@@ -251,7 +251,7 @@ TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
 }
 
 TEST(ImportTextures, MissingRecordsAreRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     for (const char* more : {R"(,"textures":[{"source":3}],"images":[{"uri":"a"}])",
                              R"(,"textures":[{"source":0,"sampler":2}],"images":[{"uri":"a"}])", ""}) {
         GlbFixture glb;

@@ -1,9 +1,9 @@
 // End to end on the project's generated sample: container, images, import of every part.
 #include <cmath>
 #include <cstdlib>
-#include <fstream>
 #include <regex>
 
+#include "file_contents.h"
 #include "read_test_util.h"
 #include "runtimejson/json_scene_writer.h"
 
@@ -11,12 +11,7 @@ using namespace gltftest;
 
 namespace {
 
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
-
-std::string MakeSample(const ScratchDir& dir) {
+std::string MakeSample(const ScratchFolder& dir) {
     const std::string path = dir.File("sample.glb");
     EXPECT_EQ(std::system((std::string(VURL_SAMPLE_GENERATOR) + " '" + path + "' ").c_str()), 0);
     return path;
@@ -30,7 +25,7 @@ std::string MakeSample(const ScratchDir& dir) {
 // sampler words, the animation where only the translation track has Euler-side keys, the
 // statistics, and the entities below the root with Bone_Root as the skin's root bone.
 TEST(ImportSample, SavesTheTextureKeepsEveryChannelAndWritesTheCheckedJson) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::string path = MakeSample(dir);
 
     ::testing::internal::CaptureStdout();
@@ -39,7 +34,7 @@ TEST(ImportSample, SavesTheTextureKeepsEveryChannelAndWritesTheCheckedJson) {
     ASSERT_TRUE(scene);
     EXPECT_TRUE(std::regex_match(out, std::regex("writing [0-9]+ bytes to \"" + path + ".fbm/checker.png\"\\.\\.\\.\n")))
         << out;
-    EXPECT_EQ(ReadText(path + ".fbm/checker.png").substr(1, 3), "PNG");
+    EXPECT_EQ(testsupport::ReadFileText(path + ".fbm/checker.png").substr(1, 3), "PNG");
 
     // What the JSON files do not show: the quaternion and weight channels.
     ASSERT_EQ(scene->GetAnimationCount(), 1);
@@ -71,6 +66,6 @@ TEST(ImportSample, SavesTheTextureKeepsEveryChannelAndWritesTheCheckedJson) {
         ::testing::internal::CaptureStdout();
         WriteJsonScene(dir.File(name), *scene, options);
         ::testing::internal::GetCapturedStdout();
-        EXPECT_EQ(ReadText(dir.File(name)), ReadText(std::string(VURL_GLTF_EXPECTED_DIR) + "/" + name)) << name;
+        EXPECT_EQ(testsupport::ReadFileText(dir.File(name)), testsupport::ReadFileText(std::string(VURL_GLTF_EXPECTED_DIR) + "/" + name)) << name;
     }
 }

@@ -8,7 +8,7 @@ using namespace glbfixture;
 
 namespace {
 
-std::unique_ptr<Scene> ImportMembers(const ScratchDir& dir, const GlbFixture& glb, const std::string& members) {
+std::unique_ptr<Scene> ImportMembers(const ScratchFolder& dir, const GlbFixture& glb, const std::string& members) {
     return Import(dir, glb.Build(members));
 }
 
@@ -27,7 +27,7 @@ std::vector<float> Iota(int n) {
 }  // namespace
 
 TEST(ImportNodes, RootsNamesAndSceneRoot) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     auto none = ImportMembers(dir, glb, "");
     ASSERT_TRUE(none);
@@ -52,7 +52,7 @@ TEST(ImportNodes, RootsNamesAndSceneRoot) {
 }
 
 TEST(ImportNodes, MatrixWinsOverTranslationRotationScale) {
-    ScratchDir dir;
+    ScratchFolder dir;
     auto scene = ImportMembers(dir, GlbFixture(), R"("nodes":[
         {"name":"m","matrix":[2,0,0,0, 0,3,0,0, 0,0,4,0, 5,6,7,1],"translation":[9,9,9],"scale":[9,9,9]},
         {"name":"t","translation":[1,2,3],"rotation":[0,0.7071068,0,0.7071068],"scale":[1,2]}])");
@@ -70,7 +70,7 @@ TEST(ImportNodes, MatrixWinsOverTranslationRotationScale) {
 }
 
 TEST(ImportNodes, MatrixRotationInDegreesAndSkinOfTheLastNode) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
     // A quarter turn about z, columns in file order; a skin on a node without mesh is unused.
@@ -92,7 +92,7 @@ TEST(ImportNodes, MatrixRotationInDegreesAndSkinOfTheLastNode) {
 }
 
 TEST(ImportNodes, BrokenHierarchiesAreRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     for (const char* nodes : {R"("nodes":[{"children":[1]},{"children":[0]}])", R"("nodes":[{"children":[0]}])",
                               R"("nodes":[{"children":[1]},{},{"children":[1]}])", R"("nodes":[{"children":[5]}])",
                               R"("nodes":[{"mesh":2}])", R"("nodes":[{"camera":0}])"}) {
@@ -108,7 +108,7 @@ TEST(ImportNodes, BrokenHierarchiesAreRefused) {
 }
 
 TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
     const int uv1 = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC2");
@@ -141,7 +141,7 @@ TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
 }
 
 TEST(ImportMeshes, InconsistentCountsAreRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
     const int badIdx = glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");
@@ -160,7 +160,7 @@ TEST(ImportMeshes, InconsistentCountsAreRefused) {
 }
 
 TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
     const int d1 = glb.AddData(std::vector<float>{0, 0, 0, 1e-7f, 0, 0, 0, -0.5f, 0}, kFloat, "VEC3");
@@ -189,7 +189,7 @@ TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
 }
 
 TEST(ImportObjects, SkinsCamerasAndLights) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int ibmAccessor = glb.AddData(Iota(32), kFloat, "MAT4");
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
@@ -248,7 +248,7 @@ TEST(ImportObjects, SkinsCamerasAndLights) {
 }
 
 TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     std::vector<float> two(32, 0.0f);
     two[16] = 7.0f;
@@ -270,7 +270,7 @@ TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
 }
 
 TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
     const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
@@ -313,7 +313,7 @@ TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
 }
 
 TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
     const int t1 = glb.AddData(std::vector<float>{2}, kFloat, "SCALAR");
@@ -348,7 +348,7 @@ TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
 }
 
 TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
     const int weights = glb.AddData(Iota(12), kFloat, "SCALAR");  // 2 keys x 3 runs x 2 weights
@@ -364,7 +364,7 @@ TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
 }
 
 TEST(ImportAnimations, MismatchedKeysAndMissingSamplersAreRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const int t3 = glb.AddData(std::vector<float>{0, 1, 2}, kFloat, "SCALAR");
     const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
@@ -381,7 +381,7 @@ TEST(ImportAnimations, MismatchedKeysAndMissingSamplersAreRefused) {
 }
 
 TEST(LoadGltf, RefusalIsOneErrorLineAndNoScene) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::string path = dir.File("bad.glb");
     ASSERT_TRUE(WriteFile(path, GlbFixture().Build(R"("images":[{"bufferView":0}],"nodes":[{"mesh":0}])")));
     ::testing::internal::CaptureStderr();

@@ -17,7 +17,7 @@ using namespace glbfixture;
 namespace {
 
 struct Loaded {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext context;
     explicit Loaded(const GlbFixture& glb, const std::string& members = "") {
         EXPECT_TRUE(ReadBytes(dir, glb.Build(members), context));
@@ -160,7 +160,7 @@ TEST(ReadAccessor, ReadsOutsideTheBufferAreRefused) {
 }
 
 TEST(ReadAccessor, TextGltfReadsExternalAndDataUriBuffers) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const float external[3] = {4.0f, 5.0f, 6.0f};
     {
         std::ofstream out(dir.File("ext data.bin"), std::ios::binary);
@@ -205,7 +205,7 @@ TEST(ReadAccessor, SixtyFourBitDracoSourcesUseTheirFactors) {
 
 TEST(ReadAccessor, GlbViewsAlwaysAddressTheBinaryChunk) {
     // Neither the view's buffer index nor that buffer's "uri" moves a view off the chunk.
-    ScratchDir dir;
+    ScratchFolder dir;
     const float data[2] = {1.5f, -2.0f};
     std::vector<uint8_t> chunk(sizeof data);
     std::memcpy(chunk.data(), data, sizeof data);

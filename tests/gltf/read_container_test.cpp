@@ -22,7 +22,7 @@ void FixLength(std::vector<uint8_t>& bytes) {
     for (int i = 0; i < 4; ++i) bytes[8 + i] = uint8_t(n >> (8 * i));
 }
 
-std::string Refusal(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
+std::string Refusal(const ScratchFolder& dir, const std::vector<uint8_t>& bytes) {
     GltfContext context;
     ::testing::internal::CaptureStderr();
     EXPECT_FALSE(ReadBytes(dir, bytes, context));
@@ -32,7 +32,7 @@ std::string Refusal(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
 }  // namespace
 
 TEST(ReadContainer, RefusesWithTheExactMessages) {
-    ScratchDir dir;
+    ScratchFolder dir;
     EXPECT_EQ(Refusal(dir, Header(1, 12)), "invalid glb version encountered (1)\n");
 
     // One byte off the file size: the field's own value is printed.
@@ -58,7 +58,7 @@ TEST(ReadContainer, RefusesWithTheExactMessages) {
 }
 
 TEST(ReadContainer, MissingFileOrFolderHasNoLineEnd) {
-    ScratchDir dir;
+    ScratchFolder dir;
     std::filesystem::create_directories(dir.File("folder.glb"));
     for (const std::string& path : {dir.File("none.glb"), dir.File("folder.glb")}) {
         GltfContext context;
@@ -69,7 +69,7 @@ TEST(ReadContainer, MissingFileOrFolderHasNoLineEnd) {
 }
 
 TEST(ReadContainer, FilesWithoutMagicAreBareJson) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext tiny;
     ASSERT_TRUE(ReadBytes(dir, Text("{}"), tiny, "tiny.gltf"));  // shorter than the magic
     EXPECT_TRUE(tiny.binaryChunk.empty());
@@ -93,7 +93,7 @@ TEST(ReadContainer, FilesWithoutMagicAreBareJson) {
 
 TEST(ReadContainer, UnpaddedChunkLengthsAreSkippedRoundedUp) {
     // JSON chunk of 13 bytes stored with 3 padding bytes, binary chunk of 5 bytes.
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::string json = R"({"scene":7}  )";
     ASSERT_EQ(json.size(), 13u);
     std::vector<uint8_t> bytes = Header(2, 0);
@@ -112,7 +112,7 @@ TEST(ReadContainer, UnpaddedChunkLengthsAreSkippedRoundedUp) {
 
 TEST(ReadContainer, JsonLongerThanTheWindowParsesWhole) {
     // Names that straddle several 64 KiB windows.
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::string longName(150000, 'n');
     const std::string json = R"({"nodes":[{"name":")" + longName + R"("},{"name":"tail"}]})";
     GltfContext context;
@@ -124,7 +124,7 @@ TEST(ReadContainer, JsonLongerThanTheWindowParsesWhole) {
 }
 
 TEST(ReadContainer, BinaryChunkBeyondTheFileIsRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     std::vector<uint8_t> bytes = glbfixture::MakeGlb("{}", {1, 2, 3, 4});
     bytes[bytes.size() - 12] = 0xFF;  // binary chunk length low byte: 255 bytes claimed, 4 present
     const std::string err = Refusal(dir, bytes);
@@ -134,7 +134,7 @@ TEST(ReadContainer, BinaryChunkBeyondTheFileIsRefused) {
 
 TEST(ReadContainer, DeeplyNestedJsonDoesNotExhaustTheStack) {
     // Far deeper than any call stack holds at one frame per level.
-    ScratchDir dir;
+    ScratchFolder dir;
     const size_t depth = 1000000;
     GltfContext unclosed;
     ASSERT_TRUE(ReadBytes(dir, Text(std::string(depth, '[')), unclosed, "unclosed.gltf"));
@@ -150,7 +150,7 @@ TEST(ReadContainer, DeeplyNestedJsonDoesNotExhaustTheStack) {
 }
 
 TEST(ReadContainer, ChunksAfterTheSecondAreIgnored) {
-    ScratchDir dir;
+    ScratchFolder dir;
     std::vector<uint8_t> bytes = glbfixture::MakeGlb(R"({"scene":1})", {5, 6, 7, 8});
     for (int i = 0; i < 1000; ++i) {  // unknown types, empty and not
         PutWord(bytes, i % 2 ? 4 : 0);

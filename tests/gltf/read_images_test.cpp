@@ -1,8 +1,8 @@
 // Image file names and the saving of embedded images into "<input>.fbm".
 #include <chrono>
-#include <fstream>
 
 #include "gltf/gltf_images.h"
+#include "file_contents.h"
 #include "read_test_util.h"
 
 using namespace gltftest;
@@ -11,15 +11,10 @@ using namespace glbfixture;
 namespace {
 
 std::vector<std::string> Names(const std::string& images, GlbFixture glb = GlbFixture()) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext context;
     EXPECT_TRUE(ReadBytes(dir, glb.Build("\"images\":" + images), context));
     return MakeImageFileNames(context);
-}
-
-std::vector<uint8_t> ReadAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
 const std::vector<uint8_t> kPngHead = {137, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0};
@@ -83,14 +78,14 @@ TEST(ImageNames, SignatureViewNameAndIndexFallbacks) {
 }
 
 TEST(ImageNames, MissingViewIsRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext context;
     ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"bufferView":3}])"), context));
     EXPECT_THROW(MakeImageFileNames(context), GltfError);
 }
 
 TEST(ExtractImages, WritesEmbeddedImagesAndReportsEach) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const size_t at = glb.Append(kPngHead);
     glb.AddView(at, kPngHead.size());
@@ -102,12 +97,12 @@ TEST(ExtractImages, WritesEmbeddedImagesAndReportsEach) {
     const std::string out = ::testing::internal::GetCapturedStdout();
     const std::string file = dir.File("in.glb.fbm/he_said__hi_.png");
     EXPECT_EQ(out, "writing 10 bytes to \"" + file + "\"...\n");
-    EXPECT_EQ(ReadAll(file), kPngHead);
+    EXPECT_EQ(testsupport::ReadFileBytes(file), kPngHead);
     EXPECT_FALSE(std::filesystem::exists(dir.File("in.glb.fbm/x.png")));
 }
 
 TEST(ExtractImages, FolderOnlyWhenThereAreImages) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext withUri, without;
     ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"uri":"x.png"}])"), withUri, "a.glb"));
     ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(""), without, "b.glb"));
@@ -118,7 +113,7 @@ TEST(ExtractImages, FolderOnlyWhenThereAreImages) {
 }
 
 TEST(ExtractImages, UnwritableFileIsReportedAndSkipped) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GlbFixture glb;
     const size_t at = glb.Append(kJpegHead);
     glb.AddView(at, kJpegHead.size());
@@ -137,7 +132,7 @@ TEST(ExtractImages, UnwritableFileIsReportedAndSkipped) {
 }
 
 TEST(ExtractImages, UnmakeableFolderIsRefused) {
-    ScratchDir dir;
+    ScratchFolder dir;
     GltfContext context;
     ASSERT_TRUE(ReadBytes(dir, GlbFixture().Build(R"("images":[{"uri":"x.png"}])"), context));
     ASSERT_TRUE(WriteFile(dir.File("in.glb.fbm"), {1}));  // a file in the folder's place
@@ -145,7 +140,7 @@ TEST(ExtractImages, UnmakeableFolderIsRefused) {
 }
 
 TEST(ExtractImages, ViewsOfOtherBuffersStillReadTheBinaryChunk) {
-    ScratchDir dir;
+    ScratchFolder dir;
     const std::string json = R"({"buffers":[{"byteLength":10},{"uri":"elsewhere.bin","byteLength":10}],
         "bufferViews":[{"buffer":1,"byteLength":10}],"images":[{"name":"pic","bufferView":0}]})";
     GltfContext context;
@@ -153,5 +148,5 @@ TEST(ExtractImages, ViewsOfOtherBuffersStillReadTheBinaryChunk) {
     ::testing::internal::CaptureStdout();
     ExtractEmbeddedImages(context);
     ::testing::internal::GetCapturedStdout();
-    EXPECT_EQ(ReadAll(dir.File("in.glb.fbm/pic.png")), kPngHead);  // the signature in the chunk gave ".png" too
+    EXPECT_EQ(testsupport::ReadFileBytes(dir.File("in.glb.fbm/pic.png")), kPngHead);  // the signature in the chunk gave ".png" too
 }

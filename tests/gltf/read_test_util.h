@@ -1,9 +1,8 @@
-// Shared helpers of the glTF reading tests: a scratch folder and loading from bytes.
+// Shared helpers of the glTF reading tests: loading from bytes written to a scratch folder.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,29 +13,14 @@
 #include "gltf/gltf_document_read.h"
 #include "gltf/gltf_import.h"
 #include "gltf/gltf_loader.h"
+#include "scratch_folder.h"
 
 namespace gltftest {
 
-// A fresh folder per test, removed afterwards.
-class ScratchDir {
-public:
-    ScratchDir() {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        path_ = std::filesystem::temp_directory_path() /
-                ("vurl_gltf_read_" + std::string(info->test_suite_name()) + "_" + info->name());
-        std::filesystem::remove_all(path_);
-        std::filesystem::create_directories(path_);
-    }
-    ~ScratchDir() { std::filesystem::remove_all(path_); }
-    std::string File(const std::string& name) const { return (path_ / name).string(); }
-    const std::filesystem::path& Path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+using testsupport::ScratchFolder;
 
 // Writes the bytes, reads the container and the document into `context`.
-inline bool ReadBytes(const ScratchDir& dir, const std::vector<uint8_t>& bytes, GltfContext& context,
+inline bool ReadBytes(const ScratchFolder& dir, const std::vector<uint8_t>& bytes, GltfContext& context,
                       const std::string& name = "in.glb") {
     const std::string path = dir.File(name);
     EXPECT_TRUE(glbfixture::WriteFile(path, bytes));
@@ -58,14 +42,14 @@ inline GltfDocument ParseDocument(const std::string& json) {
 }
 
 // Imports a GLB built by the fixture; the images are not saved.
-inline std::unique_ptr<Scene> Import(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
+inline std::unique_ptr<Scene> Import(const ScratchFolder& dir, const std::vector<uint8_t>& bytes) {
     GltfContext context;
     if (!ReadBytes(dir, bytes, context)) return nullptr;
     return std::unique_ptr<Scene>(ImportGltfScene(context));
 }
 
 // True when the bytes read but the import refuses them with a GltfError.
-inline bool ImportRefused(const ScratchDir& dir, const std::vector<uint8_t>& bytes) {
+inline bool ImportRefused(const ScratchFolder& dir, const std::vector<uint8_t>& bytes) {
     GltfContext context;
     if (!ReadBytes(dir, bytes, context)) return false;
     try {

@@ -6,13 +6,11 @@
 #include <fstream>
 
 #include "gltf/glb_container_write.h"
+#include "file_contents.h"
 #include "write_test_support.h"
 
 namespace {
-std::vector<uint8_t> FileBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-}
+using testsupport::ReadFileBytes;
 
 void PutText(std::vector<uint8_t>& out, const std::string& text) { out.insert(out.end(), text.begin(), text.end()); }
 
@@ -41,7 +39,7 @@ TEST(GlbContainer, ChunksArePaddedAndLengthsPatched) {
         PutText(expected, std::string("BIN\0", 4));
         expected.insert(expected.end(), c.data.begin(), c.data.end());
         PadTo4(expected);
-        EXPECT_EQ(FileBytes(path), expected);
+        EXPECT_EQ(ReadFileBytes(path), expected);
     }
 }
 

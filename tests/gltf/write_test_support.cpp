@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +12,9 @@
 #include "gltf/glb_buffer_estimate.h"
 #include "gltf/glb_writer.h"
 #include "json/json.h"
+
+#include "file_contents.h"
+#include "scratch_folder.h"
 
 #ifndef VURL_SOURCE_DIR
 #error "VURL_SOURCE_DIR must name the source tree"
@@ -34,8 +36,7 @@ std::string ShellQuote(const std::string& text) {
 
 GlbParts ReadGlbParts(const std::string& path) {
     GlbParts p;
-    std::ifstream in(path, std::ios::binary);
-    std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const std::vector<uint8_t> bytes = testsupport::ReadFileBytes(path);
     size_t binHeader = bytes.size() < 20 ? 0 : 20 + size_t(U32At(bytes, 12));
     if (bytes.size() < 20 || binHeader + 8 > bytes.size()) {
         p.error = "header or JSON chunk runs past the end";
@@ -59,29 +60,7 @@ std::string TrimmedJson(const GlbParts& parts) {
     return text;
 }
 
-namespace {
-// One folder per test process, so that parallel runs of several builds do not meet;
-// removed when the tests end.
-const std::filesystem::path& TempDir() {
-    static const std::filesystem::path dir =
-        std::filesystem::temp_directory_path() / ("vurl_write_tests_" + std::to_string(getpid()));
-    return dir;
-}
-
-class TempDirCleanup : public testing::Environment {
-public:
-    void TearDown() override {
-        std::error_code ec;
-        std::filesystem::remove_all(TempDir(), ec);
-    }
-};
-[[maybe_unused]] testing::Environment* const kCleanup = testing::AddGlobalTestEnvironment(new TempDirCleanup);
-}  // namespace
-
-std::string TempGlbPath(const std::string& stem) {
-    std::filesystem::create_directories(TempDir());
-    return (TempDir() / (stem + ".glb")).string();
-}
+std::string TempGlbPath(const std::string& stem) { return testsupport::ProcessScratchFolder().File(stem + ".glb"); }
 
 GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const std::string& stem,
                       std::string* pathOut) {
@@ -142,38 +121,7 @@ std::vector<std::string> ValidatorErrorCodes(const std::string& path) {
 }
 
 bool IsDracoCompressed(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    return bytes.find("KHR_draco_mesh_compression") != std::string::npos;
-}
-
-GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent) {
-    GraphNode* node = new GraphNode;
-    node->name = name;
-    node->id = id;
-    if (parent) parent->AddChild(node);
-    return node;
-}
-
-Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id) {
-    Geometry* g = new Geometry;
-    g->name = name;
-    g->id = id;
-    scene.geometries.Add(g);
-    return g;
-}
-
-MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices) {
-    MeshInstance* mi = NewInstance(scene, geometry, vertices);
-    mi->indices = New<std::vector<uint32_t>>(scene, std::move(indices));
-    return mi;
-}
-
-MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices) {
-    MeshInstance* mi = New<MeshInstance>(scene);
-    mi->vertices = vertices;
-    geometry.meshInstances.push_back(mi);
-    return mi;
+    return testsupport::ReadFileText(path).find("KHR_draco_mesh_compression") != std::string::npos;
 }
 
 VertexData* Triangle(Scene& scene) {

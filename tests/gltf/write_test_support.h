@@ -27,6 +27,7 @@ GlbParts ReadGlbParts(const std::string& path);
 // The JSON text without the trailing blanks of the padding.
 std::string TrimmedJson(const GlbParts& parts);
 
+// A path in the test process's scratch folder.
 std::string TempGlbPath(const std::string& stem);
 
 // Writes the scene with WriteGlb, runs the validator on it and reads the file back.
@@ -68,8 +69,7 @@ inline void PadTo4(std::vector<uint8_t>& out) {
 
 // Scene building: nodes are owned by their parents, everything else by the scene.
 using testsupport::New;
-GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent = nullptr);
-Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id);
-MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices, std::vector<uint32_t> indices);
-MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices);  // not indexed
+using testsupport::NewGeometry;
+using testsupport::NewInstance;
+using testsupport::NewNode;
 VertexData* Triangle(Scene& scene);  // positions (0,0,0) (1,0,0) (0,1,0)

@@ -5,9 +5,10 @@
 #include <random>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 
 #include "json/json.h"
+#include "file_contents.h"
+#include "scratch_folder.h"
 #include "json/json_emitter.h"
 
 namespace {
@@ -145,7 +146,8 @@ TEST(JsonEmitter, OutputLargerThanTheBuffers) {
     JsonWriter(NoFormat).WriteStream(array, stream);
     EXPECT_EQ(stream.str(), expected);
 
-    std::string path = testing::TempDir() + "json_emitter_" + std::to_string(getpid()) + ".json";
+    testsupport::ScratchFolder folder("json");
+    const std::string path = folder.File("emitter.json");
     {
         JsonFileSink sink(path);
         ASSERT_TRUE(sink.IsOpen());
@@ -153,15 +155,12 @@ TEST(JsonEmitter, OutputLargerThanTheBuffers) {
         out.Value(array);
         EXPECT_TRUE(sink.Close());
     }
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    EXPECT_EQ(content.str(), expected);
-    std::remove(path.c_str());
+    EXPECT_EQ(testsupport::ReadFileText(path), expected);
 }
 
 TEST(JsonEmitter, UnopenableFileWritesNothing) {
-    std::string dir = testing::TempDir() + "json_missing_" + std::to_string(getpid());
+    testsupport::ScratchFolder folder("json");
+    const std::string dir = folder.File("missing");
     JsonFileSink sink(dir + "/out.json");
     EXPECT_FALSE(sink.IsOpen());
     JsonEmitter out(sink, NoFormat);

@@ -1,11 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 
 #include "json/json.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -155,7 +156,8 @@ TEST(JsonParser, ErrorClearedOnEachParse) {
 }
 
 TEST(JsonParser, FilesAndStreams) {
-    std::string path = testing::TempDir() + "json_parse_" + std::to_string(getpid()) + ".json";
+    testsupport::ScratchFolder folder("json");
+    const std::string path = folder.File("parse.json");
     {
         std::ofstream out(path, std::ios::binary);
         out << "{\"ignore_node_keys\": [], \"inherit_rrs_nodes\": [\"a\"]}";
@@ -166,7 +168,7 @@ TEST(JsonParser, FilesAndStreams) {
     std::ifstream in(path, std::ios::binary);
     JsonValue streamed = parser.ParseStream(in);
     EXPECT_EQ(JsonWriter().WriteString(streamed), JsonWriter().WriteString(file));
-    std::remove(path.c_str());
+    std::remove(path.c_str());  // the file is gone for the checks at the end
 
     // Larger than one read chunk.
     std::string big = "[";

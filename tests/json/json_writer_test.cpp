@@ -4,9 +4,10 @@
 #include <fstream>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 
 #include "json/json.h"
+#include "file_contents.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -80,37 +81,32 @@ TEST(JsonWriter, ScalarsAndNullHandlesAtTopLevel) {
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(root), "{\"gap\":,\"next\":1}");
 }
 
-std::string ReadAll(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
+using testsupport::ReadFileText;
 
 TEST(JsonWriter, WriteFileTruncatesAndIgnoresUnopenablePaths) {
-    std::string path = testing::TempDir() + "json_writer_" + std::to_string(getpid()) + ".json";
+    testsupport::ScratchFolder folder("json");
+    const std::string path = folder.File("writer.json");
     JsonWriter writer(NoFormat);
     JsonValue big = JsonValue::Array();
     for (int i = 0; i < 1000; ++i) big.Add(JsonValue(int32_t{i}));
     ASSERT_TRUE(writer.WriteFile(big, path));
     ASSERT_TRUE(writer.WriteFile(Sample(), path));
-    EXPECT_EQ(ReadAll(path), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
+    EXPECT_EQ(ReadFileText(path), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
     EXPECT_TRUE(writer.WriteFile(JsonValue(), path));
-    EXPECT_EQ(ReadAll(path), "");
-    std::remove(path.c_str());
+    EXPECT_EQ(ReadFileText(path), "");
 
-    std::string missingDir = testing::TempDir() + "no_such_dir_" + std::to_string(getpid());
+    const std::string missingDir = folder.File("no_such_dir");
     EXPECT_FALSE(writer.WriteFile(Sample(), missingDir + "/x.json"));
     EXPECT_FALSE(std::ifstream(missingDir + "/x.json").good());
 }
 
 TEST(JsonWriter, ZeroByteFromEscapeReachesTheFile) {
-    std::string path = testing::TempDir() + "json_zero_" + std::to_string(getpid()) + ".json";
+    testsupport::ScratchFolder folder("json");
+    const std::string path = folder.File("zero.json");
     JsonValue array = JsonValue::Array();
     array.Add(JsonValue("\x1f"));
     ASSERT_TRUE(JsonWriter(NoFormat).WriteFile(array, path));
-    EXPECT_EQ(ReadAll(path), std::string("[\"\\u001\0\"]", 10));
-    std::remove(path.c_str());
+    EXPECT_EQ(ReadFileText(path), std::string("[\"\\u001\0\"]", 10));
 }
 
 TEST(JsonWriter, DeeplyNestedDocumentWritesWithoutRecursion) {

@@ -12,25 +12,26 @@
 namespace {
 
 using testsupport::New;
+using testsupport::NewGeometry;
+using testsupport::NewInstance;
+using testsupport::NewNode;
 using MeshData = std::pair<VertexData, std::vector<uint32_t>>;
 
 // A scene whose dictionary holds the given geometries; the scene frees everything.
 struct TestScene {
     Scene scene;
-    TestScene() { scene.root = new GraphNode; }
+    TestScene() { scene.root = NewNode("root", 0); }
 
     Geometry* AddGeometry(std::vector<MeshData> meshes) {
-        auto* g = new Geometry;
-        g->id = scene.geometries.Size();
-        for (auto& [data, indices] : meshes) g->meshInstances.push_back(MakeInstance(scene, std::move(data), std::move(indices)));
-        scene.geometries.Add(g);
+        Geometry* g = NewGeometry(scene, "", scene.geometries.Size());
+        for (auto& [data, indices] : meshes)
+            NewInstance(scene, *g, New<VertexData>(scene, std::move(data)), std::move(indices));
         return g;
     }
     GraphNode* AddNode(Geometry* g, const Mat4& world) {
-        auto* node = new GraphNode;
+        GraphNode* node = NewNode("", 0, scene.root);
         node->geometry = g;
         node->worldMatrix = world;
-        scene.root->AddChild(node);
         return node;
     }
 };

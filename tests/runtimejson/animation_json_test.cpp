@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
 #include <limits>
 
 #include "expected_file.h"
@@ -74,7 +75,7 @@ protected:
 TEST_F(AnimationFile, LastNamedTakeInArchiveOrderStays) {
     std::remove(path.c_str());
     ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"walk", "run"}, false));
-    EXPECT_EQ(ReadFileBytes(path), ExpectedCompact("animation_walk_compact.json.txt"));
+    EXPECT_EQ(ReadFileText(path), ExpectedCompact("animation_walk_compact.json.txt"));
     std::remove(path.c_str());
 }
 
@@ -125,7 +126,7 @@ TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLef
     take->tracks.push_back(moved);
     const std::string path = ScratchPath("animation_zero_byte.json");
     ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"z"}, false));
-    EXPECT_EQ(ReadFileBytes(path), R"({"animation":{"version":4,"name":"z","duration":1,"nodes":[{"name":"a\u0000b",)"
+    EXPECT_EQ(ReadFileText(path), R"({"animation":{"version":4,"name":"z","duration":1,"nodes":[{"name":"a\u0000b",)"
                                    R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
     std::remove(path.c_str());
 }

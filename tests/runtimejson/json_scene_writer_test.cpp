@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
 
 #include "expected_file.h"
 #include "runtimejson/materials_json.h"
@@ -30,7 +31,7 @@ protected:
 
     std::string Written(const ExportOptions& options) {
         EXPECT_TRUE(WriteJsonScene(path, b.scene(), options));
-        return ReadFileBytes(path);
+        return ReadFileText(path);
     }
 
     SceneBuilder b;

@@ -122,11 +122,11 @@ TEST(MalformedScene, EveryWriterGetsThroughAndStreamsMatchTheTrees) {
         ASSERT_TRUE(WriteModelJson(path, b.scene(), seed % 2 == 0));
         const std::string tree = JsonWriter(seed % 2 == 0 ? StandardFormat : NoFormat).WriteString(BuildModelJson(b.scene()));
         ::testing::internal::GetCapturedStdout();
-        EXPECT_EQ(ReadFileBytes(path), tree);
+        EXPECT_EQ(ReadFileText(path), tree);
         ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"a"}, false));
         std::map<uint64_t, std::string> names;
         for (const GraphNode* node : FlattenNodes(b.scene().root).nodes) names[node->id] = node->name;
-        EXPECT_EQ(ReadFileBytes(path), JsonWriter(NoFormat).WriteString(BuildAnimationJson(*b.scene().animations[0], names)));
+        EXPECT_EQ(ReadFileText(path), JsonWriter(NoFormat).WriteString(BuildAnimationJson(*b.scene().animations[0], names)));
         // The other files are written straight from these trees.
         BuildMaterialsJson(b.scene());
         BuildMetadataJson(b.scene());

@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <limits>
 
 #include "expected_file.h"
@@ -124,7 +125,7 @@ TEST_F(ModelMeshes, StreamedFileEqualsTheValueTree) {
         ASSERT_TRUE(WriteModelJson(path, b.scene(), pretty));
         const std::string tree = WriteText(BuildModelJson(b.scene()), pretty ? StandardFormat : NoFormat);
         ::testing::internal::GetCapturedStdout();
-        EXPECT_EQ(ReadFileBytes(path), tree) << "pretty " << pretty;
+        EXPECT_EQ(ReadFileText(path), tree) << "pretty " << pretty;
         std::remove(path.c_str());
     }
 }

@@ -68,7 +68,7 @@ TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
 
     const std::string path = ScratchPath("scene_metadata_test.json");
     ASSERT_TRUE(WriteSceneMetadataJson(path, b.scene()));
-    EXPECT_EQ(ReadFileBytes(path), ExpectedPretty("scene_metadata_pretty.json.txt"));
+    EXPECT_EQ(ReadFileText(path), ExpectedPretty("scene_metadata_pretty.json.txt"));
     std::remove(path.c_str());
 }
 

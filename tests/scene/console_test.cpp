@@ -6,7 +6,9 @@
 #include <filesystem>
 #include <string>
 
+#include "file_contents.h"
 #include "scene/console.h"
+#include "scratch_folder.h"
 
 namespace {
 
@@ -29,10 +31,10 @@ TEST(ConsoleTest, ErrorLinesCarryThePrefixAndOneLineEnd) {
 }
 
 TEST(ConsoleDeathTest, ErrorWritesAfterTheProgressSoFar) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     // In a child whose standard output is a fully buffered file, the progress line must be
     // in the file by the time the error is written; the exit code tells the parent.
-    const std::string path = testing::TempDir() + "console_error_order.txt";
+    testsupport::ScratchFolder folder("console");
+    const std::string path = folder.File("order.txt");
     EXPECT_EXIT(
         {
             if (!std::freopen(path.c_str(), "w", stdout)) std::_Exit(2);
@@ -43,21 +45,19 @@ TEST(ConsoleDeathTest, ErrorWritesAfterTheProgressSoFar) {
             std::_Exit(std::filesystem::file_size(path, error) == 17 ? 3 : 4);
         },
         testing::ExitedWithCode(3), "^ERROR: late\n$");
-    std::remove(path.c_str());
 }
 
 TEST(ConsoleDeathTest, EndRunExitsWithOne) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     ExpectEndsRun([] { EndRun(); }, "^$");
     ExpectEndsRun([] { EndRun("Couldn't find '%s' node?", "geo_GRP"); }, "^ERROR: Couldn't find 'geo_GRP' node\\?\n$");
+    ExpectEndsRun([] { EndRunFromWorkerThread(); }, "^$");
 }
 
 TEST(ConsoleDeathTest, EndRunKeepsBufferedProgress) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     // The progress written before the end reaches standard output; a child's output is only
-    // visible through a file it leaves behind.
-    const std::string path = testing::TempDir() + "console_end_run.txt";
-    std::remove(path.c_str());
+    // visible through a file it leaves behind (the child is forked, so the folder is shared).
+    testsupport::ScratchFolder folder("console");
+    const std::string path = folder.File("end_run.txt");
     EXPECT_EXIT(
         {
             if (!std::freopen(path.c_str(), "w", stdout)) std::_Exit(2);
@@ -66,11 +66,5 @@ TEST(ConsoleDeathTest, EndRunKeepsBufferedProgress) {
             EndRun("Cannot write '%s': %s", "a.json", "too big");
         },
         testing::ExitedWithCode(1), "^ERROR: Cannot write 'a.json': too big\n$");
-    std::FILE* file = std::fopen(path.c_str(), "r");
-    ASSERT_NE(file, nullptr);
-    char text[64] = {};
-    const size_t got = std::fread(text, 1, sizeof text - 1, file);
-    std::fclose(file);
-    std::remove(path.c_str());
-    EXPECT_EQ(std::string(text, got), "Writing a.json...\n");
+    EXPECT_EQ(testsupport::ReadFileText(path), "Writing a.json...\n");
 }

@@ -19,6 +19,40 @@ T* New(Scene& scene, Args&&... args) {
     return scene.Own(std::make_unique<T>(std::forward<Args>(args)...));
 }
 
+// A node, hung below `parent` when one is given (the parent owns it then).
+inline GraphNode* NewNode(const std::string& name, uint64_t id, GraphNode* parent = nullptr) {
+    auto* node = new GraphNode();
+    node->name = name;
+    node->id = id;
+    if (parent) parent->AddChild(node);
+    return node;
+}
+
+// A geometry entered in the scene's dictionary.
+inline Geometry* NewGeometry(Scene& scene, const std::string& name, uint64_t id) {
+    auto* geometry = new Geometry();
+    geometry->name = name;
+    geometry->id = id;
+    scene.geometries.Add(geometry);
+    return geometry;
+}
+
+// A mesh instance of the scene appended to the geometry; not indexed.
+inline MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices) {
+    MeshInstance* instance = New<MeshInstance>(scene);
+    instance->vertices = vertices;
+    geometry.meshInstances.push_back(instance);
+    return instance;
+}
+
+// The same, indexed.
+inline MeshInstance* NewInstance(Scene& scene, Geometry& geometry, VertexData* vertices,
+                                 std::vector<uint32_t> indices) {
+    MeshInstance* instance = NewInstance(scene, geometry, vertices);
+    instance->indices = New<std::vector<uint32_t>>(scene, std::move(indices));
+    return instance;
+}
+
 class NodeBuilder {
 public:
     NodeBuilder(Scene& scene, GraphNode* node) : scene_(scene), node_(node) {}
@@ -37,13 +71,7 @@ public:
         return *this;
     }
     // A new child, appended after the existing ones.
-    NodeBuilder Child(const std::string& name, uint64_t id) {
-        auto* child = new GraphNode();
-        child->name = name;
-        child->id = id;
-        node_->AddChild(child);
-        return NodeBuilder(scene_, child);
-    }
+    NodeBuilder Child(const std::string& name, uint64_t id) { return NodeBuilder(scene_, NewNode(name, id, node_)); }
 
     GraphNode* Get() const { return node_; }
     operator GraphNode*() const { return node_; }
@@ -88,25 +116,15 @@ public:
 
     // Makes the root; call once.
     NodeBuilder Root(const std::string& name = "root", uint64_t id = 0) {
-        scene_->root = new GraphNode();
-        scene_->root->name = name;
-        scene_->root->id = id;
+        scene_->root = NewNode(name, id);
         return NodeBuilder(*scene_, scene_->root);
     }
     NodeBuilder Node(GraphNode* node) { return NodeBuilder(*scene_, node); }
 
-    Geometry* AddGeometry(const std::string& name, uint64_t id) {
-        auto* geometry = new Geometry();
-        geometry->name = name;
-        geometry->id = id;
-        scene_->geometries.Add(geometry);
-        return geometry;
-    }
+    Geometry* AddGeometry(const std::string& name, uint64_t id) { return NewGeometry(*scene_, name, id); }
     // A new mesh instance appended to the geometry.
     MeshBuilder AddMesh(Geometry* geometry) {
-        MeshInstance* instance = New<MeshInstance>(*scene_);
-        geometry->meshInstances.push_back(instance);
-        return MeshBuilder(*scene_, instance);
+        return MeshBuilder(*scene_, NewInstance(*scene_, *geometry, nullptr));
     }
     VertexData* NewVertices() { return New<VertexData>(*scene_); }
     Skin* NewSkin(std::vector<int64_t> joints) {
