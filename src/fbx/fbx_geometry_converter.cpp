@@ -226,13 +226,26 @@ bool FbxTriangulateMesh(FbxMesh& mesh) {
     return true;
 }
 
+namespace {
+// The scene's objects of one class in source order, gathered in one pass: fetching them one
+// index at a time would walk the scene's sources once for each.
+template <class T>
+std::vector<T*> SceneObjects(const FbxScene& scene) {
+    std::vector<T*> objects;
+    const FbxCriteria criteria = FbxCriteria::ObjectType(T::ClassId);
+    for (const FbxProperty& source : scene.RootProperty.Sources())
+        if (source.IsRoot() && criteria.Matches(source.GetFbxObject())) objects.push_back(static_cast<T*>(source.GetFbxObject()));
+    return objects;
+}
+}  // namespace
+
 int FbxGeometryConverter::RemoveBadPolygonsFromMeshes(FbxScene* scene, std::vector<int>* changedMeshes) {
     if (changedMeshes) changedMeshes->clear();
     if (!scene) return 0;
     int total = 0;
-    const int count = scene->GetSrcObjectCount<FbxMesh>();
-    for (int i = 0; i < count; ++i) {
-        FbxMesh* mesh = scene->GetSrcObject<FbxMesh>(i);
+    const std::vector<FbxMesh*> meshes = SceneObjects<FbxMesh>(*scene);
+    for (int i = 0; i < int(meshes.size()); ++i) {
+        FbxMesh* mesh = meshes[size_t(i)];
         int removed = 0;
         if (!mesh || !FbxRemoveBadPolygons(*mesh, &removed) || removed == 0) continue;
         total += removed;
@@ -249,15 +262,11 @@ FbxNodeAttribute* FbxGeometryConverter::Triangulate(FbxNodeAttribute* attribute,
 
 bool FbxGeometryConverter::Triangulate(FbxScene* scene, bool replace, bool legacy) {
     if (!scene) return false;
-    const int count = scene->GetSrcObjectCount<FbxNodeAttribute>();
-    std::vector<FbxNodeAttribute*> attributes;
+    const std::vector<FbxNodeAttribute*> attributes = SceneObjects<FbxNodeAttribute>(*scene);
     std::vector<int> destinations;
-    attributes.reserve(size_t(count));
-    for (int i = 0; i < count; ++i) {
-        FbxNodeAttribute* attribute = scene->GetSrcObject<FbxNodeAttribute>(i);
-        attributes.push_back(attribute);
+    destinations.reserve(attributes.size());
+    for (FbxNodeAttribute* attribute : attributes)
         destinations.push_back(replace && attribute ? attribute->GetDstObjectCount() : 0);
-    }
     bool ok = true;
     for (size_t i = 0; i < attributes.size(); ++i) {
         FbxNodeAttribute* result = Triangulate(attributes[i], replace, legacy);

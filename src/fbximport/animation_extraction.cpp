@@ -78,14 +78,24 @@ SscLinks LinkSscNodes(const SscNodes& sscNodes) {
     return links;
 }
 
-void ExtractNodeTrack(FbxNode* node, FbxAnimLayer* layer, const ConversionOptions& options, const TakeRange& take,
+NodeCurves LocalCurves(FbxNode* node, FbxAnimLayer* layer) {
+    NodeCurves curves;
+    curves.node = node;
+    curves.translation = PropertyCurves(node->LclTranslation, layer);
+    curves.rotation = PropertyCurves(node->LclRotation, layer);
+    curves.scaling = PropertyCurves(node->LclScaling, layer);
+    return curves;
+}
+
+void ExtractNodeTrack(const NodeCurves& curves, const ConversionOptions& options, const TakeRange& take,
                       const SscLinks& sscLinks, TakeTracks& takeTracks) {
+    FbxNode* node = curves.node;
     const auto link = sscLinks.find(node);
     const bool compensated = link != sscLinks.end();
     if (compensated) {
         AnimationTrack ssc;
         ssc.nodeId = link->second.id;
-        ssc.position = SampleVectorChannel(node->LclTranslation, layer, options, take);
+        ssc.position = SampleVectorChannel(node->LclTranslation, curves.translation, options, take);
         if (link->second.hasParent) {
             const auto parent = takeTracks.index.find(link->second.parentId);
             if (parent != takeTracks.index.end()) {
@@ -100,10 +110,10 @@ void ExtractNodeTrack(FbxNode* node, FbxAnimLayer* layer, const ConversionOption
     AnimationTrack track;
     track.nodeId = node->GetUniqueID();
     // With a compensation node the translation is animated there.
-    if (!compensated) track.position = SampleVectorChannel(node->LclTranslation, layer, options, take);
-    track.rotation = SampleVectorChannel(node->LclRotation, layer, options, take);
+    if (!compensated) track.position = SampleVectorChannel(node->LclTranslation, curves.translation, options, take);
+    track.rotation = SampleVectorChannel(node->LclRotation, curves.rotation, options, take);
     track.rotationQuat = MakeQuatChannel(track.rotation);
-    track.scale = SampleVectorChannel(node->LclScaling, layer, options, take);
+    track.scale = SampleVectorChannel(node->LclScaling, curves.scaling, options, take);
 
     if (options.positionTolerance > 0.0f)
         SimplifyVectorChannel(track.position, ValueSpread(track.position.values) * options.positionTolerance / 100.0f);
@@ -135,11 +145,15 @@ void ExtractAnimations(FbxScene* fbxScene, Scene& scene, const ConversionOptions
         // Only the base layer is read.
         FbxAnimLayer* layer = stack->GetSrcObject<FbxAnimLayer>(0);
 
+        // Each node's curves are looked up once a stack, for the range and for the samples.
+        std::vector<NodeCurves> nodeCurves;
+        nodeCurves.reserve(nodes.size());
         TimeRange range;
         for (FbxNode* node : nodes) {
-            range.Add(CurveTimeRange(node->LclTranslation, layer));
-            range.Add(CurveTimeRange(node->LclRotation, layer));
-            range.Add(CurveTimeRange(node->LclScaling, layer));
+            const NodeCurves& curves = nodeCurves.emplace_back(LocalCurves(node, layer));
+            range.Add(CurveTimeRange(curves.translation));
+            range.Add(CurveTimeRange(curves.rotation));
+            range.Add(CurveTimeRange(curves.scaling));
         }
         const float userEnd = options.animationEnd == -1.0f ? FLT_MAX : options.animationEnd;
         const float rangeStart = std::max(range.start, options.animationStart);
@@ -149,7 +163,7 @@ void ExtractAnimations(FbxScene* fbxScene, Scene& scene, const ConversionOptions
 
         const TakeRange take(rangeStart, rangeEnd, stack->GetName());
         TakeTracks takeTracks;
-        for (FbxNode* node : nodes) ExtractNodeTrack(node, layer, options, take, sscLinks, takeTracks);
+        for (const NodeCurves& curves : nodeCurves) ExtractNodeTrack(curves, options, take, sscLinks, takeTracks);
         TransferMorphAnimation(scene, groupNodes, bindings, takeTracks, [&](std::span<FbxAnimCurve* const> curves) {
             return SampleWeightsChannel(curves, options, take);
         });

@@ -3,6 +3,7 @@
 // Private to the fbximport library.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <unordered_map>
 
@@ -12,6 +13,7 @@
 #include "scene/options.h"
 #include "scene/scene.h"
 
+class FbxAnimCurve;
 class FbxAnimLayer;
 class FbxNode;
 class FbxScene;
@@ -34,7 +36,14 @@ SscLinks LinkSscNodes(const SscNodes& sscNodes);
 void ExtractAnimations(FbxScene* fbxScene, Scene& scene, const ConversionOptions& options, const SscLinks& sscLinks,
                        const GroupNodes& groupNodes);
 
+// A node's local curves on one layer: translation, rotation, scaling, each X, Y, Z.
+struct NodeCurves {
+    FbxNode* node = nullptr;
+    std::array<FbxAnimCurve*, 3> translation{}, rotation{}, scaling{};
+};
+NodeCurves LocalCurves(FbxNode* node, FbxAnimLayer* layer);
+
 // The track of a node (after that of its compensation node, if it has one), thinned as the
 // options ask. A node without keys in its range gets none of its own.
-void ExtractNodeTrack(FbxNode* node, FbxAnimLayer* layer, const ConversionOptions& options, const TakeRange& take,
+void ExtractNodeTrack(const NodeCurves& curves, const ConversionOptions& options, const TakeRange& take,
                       const SscLinks& sscLinks, TakeTracks& takeTracks);

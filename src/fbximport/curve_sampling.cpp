@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "fbx/fbx_anim.h"
@@ -90,14 +91,34 @@ void TimeRange::Add(const TimeRange& other) {
 }
 
 std::array<FbxAnimCurve*, 3> PropertyCurves(FbxProperty& property, FbxAnimLayer* layer) {
-    const char* name = property.GetName();
-    return {property.GetCurve(layer, name, "X", false), property.GetCurve(layer, name, "Y", false),
-            property.GetCurve(layer, name, "Z", false)};
+    // What GetCurve(layer, property name, channel, false) finds for each channel: the first
+    // curve node of the property on the layer, then the channel's first curve. The node is
+    // found once for the three, in one pass over the property's sources: a property has a
+    // curve node for every take, and fetching them by index would walk the list once each.
+    std::array<FbxAnimCurve*, 3> curves{};
+    if (!property.IsValid() || !layer) return curves;
+    FbxAnimCurveNode* node = nullptr;
+    for (const FbxProperty& source : property.Sources()) {
+        FbxObject* object = source.IsRoot() ? source.GetFbxObject() : nullptr;
+        if (object && object->Is<FbxAnimCurveNode>() && object->IsConnectedDstObject(layer)) {
+            node = static_cast<FbxAnimCurveNode*>(object);
+            break;
+        }
+    }
+    if (!node) return curves;
+    static constexpr const char* kChannels[3] = {"X", "Y", "Z"};
+    for (size_t axis = 0; axis < 3; ++axis) {
+        const int channel = node->GetChannelIndex(kChannels[axis]);
+        if (channel >= 0 && channel < node->GetChannelsCount()) curves[axis] = node->GetCurve(channel, 0);
+    }
+    return curves;
 }
 
-TimeRange CurveTimeRange(FbxProperty& property, FbxAnimLayer* layer) {
+TimeRange CurveTimeRange(FbxProperty& property, FbxAnimLayer* layer) { return CurveTimeRange(PropertyCurves(property, layer)); }
+
+TimeRange CurveTimeRange(const std::array<FbxAnimCurve*, 3>& curves) {
     TimeRange range;
-    for (const FbxAnimCurve* curve : PropertyCurves(property, layer)) range.Add(curve);
+    for (const FbxAnimCurve* curve : curves) range.Add(curve);
     return range;
 }
 
@@ -149,26 +170,40 @@ bool SampleTimes(std::span<FbxAnimCurve* const> curves, const ConversionOptions&
         times.push_back(lastTime);
         return true;
     }
-    size_t total = 0;
-    for (const FbxAnimCurve* curve : curves)
-        if (curve) total += static_cast<size_t>(std::max(curve->KeyGetCount(), 0));
-    times.reserve(total);
+    // Each curve's keys are in time order already: merge them one curve at a time. Curves
+    // of one property usually share their key times, and then there is nothing to merge.
+    std::vector<FbxTime> keys, merged;
     for (const FbxAnimCurve* curve : curves) {
-        const int keys = curve ? curve->KeyGetCount() : 0;
-        for (int k = 0; k < keys; ++k) times.push_back(curve->KeyGetTime(k));
+        const int count = curve ? curve->KeyGetCount() : 0;
+        if (count <= 0) continue;
+        keys.resize(static_cast<size_t>(count));
+        for (int k = 0; k < count; ++k) keys[static_cast<size_t>(k)] = curve->KeyGetTime(k);
+        // Keys out of order (a curve edited in memory) are put in order like any other.
+        if (!std::is_sorted(keys.begin(), keys.end())) std::sort(keys.begin(), keys.end());
+        keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+        if (times.empty()) {
+            times.swap(keys);
+        } else if (keys != times) {
+            merged.clear();
+            merged.reserve(times.size() + keys.size());
+            std::set_union(times.begin(), times.end(), keys.begin(), keys.end(), std::back_inserter(merged));
+            times.swap(merged);
+        }
     }
-    std::sort(times.begin(), times.end());
-    times.erase(std::unique(times.begin(), times.end()), times.end());
     return true;
 }
 
 VectorChannel SampleVectorChannel(FbxProperty& property, FbxAnimLayer* layer, const ConversionOptions& options,
                                   const TakeRange& take) {
+    return SampleVectorChannel(property, PropertyCurves(property, layer), options, take);
+}
+
+VectorChannel SampleVectorChannel(const FbxProperty& property, const std::array<FbxAnimCurve*, 3>& curves,
+                                  const ConversionOptions& options, const TakeRange& take) {
     VectorChannel channel;
     const FbxDouble3 value = property.Get<FbxDouble3>();
     channel.defaultValue.Set(static_cast<float>(value[0]), static_cast<float>(value[1]), static_cast<float>(value[2]));
 
-    const std::array<FbxAnimCurve*, 3> curves = PropertyCurves(property, layer);
     if (!HasKeys(curves[0]) && !HasKeys(curves[1]) && !HasKeys(curves[2])) return channel;
 
     std::vector<FbxTime> times;

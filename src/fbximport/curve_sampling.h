@@ -35,6 +35,7 @@ struct TimeRange {
 // layer has none.
 std::array<FbxAnimCurve*, 3> PropertyCurves(FbxProperty& property, FbxAnimLayer* layer);
 TimeRange CurveTimeRange(FbxProperty& property, FbxAnimLayer* layer);
+TimeRange CurveTimeRange(const std::array<FbxAnimCurve*, 3>& curves);
 
 // The take being sampled: its clipped range in seconds, and its start in ticks, the origin
 // of every channel time.
@@ -51,6 +52,9 @@ struct TakeRange {
 // sample time with the curves' values (the default where a curve is missing or gives NaN).
 VectorChannel SampleVectorChannel(FbxProperty& property, FbxAnimLayer* layer, const ConversionOptions& options,
                                   const TakeRange& take);
+// The same with the property's curves looked up already.
+VectorChannel SampleVectorChannel(const FbxProperty& property, const std::array<FbxAnimCurve*, 3>& curves,
+                                  const ConversionOptions& options, const TakeRange& take);
 
 // One weight column per curve (0 where a curve is null or gives NaN), over the union of the
 // curves' keys or ranges.

@@ -180,6 +180,11 @@ Scene* FbxSceneConversion(FbxScene* fbxScene, const ConversionOptions& options) 
 
     FbxNode* fbxRoot = fbxScene->GetRootNode();
     MakeNodeNamesUnique(fbxRoot);
+    // Curve nodes found without a layer come from the current stack, else from the first:
+    // naming the first as current changes no lookup, and spares each one a walk over all of
+    // the document's objects to find it.
+    if (!fbxScene->GetCurrentAnimationStack())
+        fbxScene->SetCurrentAnimationStack(fbxScene->GetSrcObject<FbxAnimStack>(0));
 
     // Pivots, offsets and pre/post-rotations are baked into the curves first, sampled at
     // the rate the animation will be read at.

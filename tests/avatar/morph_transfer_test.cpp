@@ -97,15 +97,6 @@ TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
     EXPECT_EQ(*sneer, head->GetShapeChannel(0, 1, layer, false));
 }
 
-TEST(CollectSourceChannels, NothingWithoutAStack) {
-    SourceDocument doc;
-    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
-    testing::internal::CaptureStdout();
-    const SourceChannels sources = CollectSourceChannels(doc.Scene());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(sources.size(), 0u);
-}
-
 TEST(CollectSourceChannels, ALaterMeshOfTheSameNameReplacesTheMapInItsPlace) {
     SourceDocument doc;
     doc.Stack();
@@ -150,25 +141,15 @@ protected:
     std::string out;
 };
 
-TEST_F(Bindings, GroupsComeInTheirFixedOrder) {
-    std::vector<std::string> order;
-    for (size_t at = out.find("TargetName : "); at != std::string::npos; at = out.find("TargetName : ", at + 1))
-        order.push_back(out.substr(at + 13, out.find('\n', at) - at - 13));
-    EXPECT_EQ(order, (std::vector<std::string>{"head", "facial_hair", "headMouth", "brow", "browring", "tonguering",
-                                               "eyelash", "earring", "nosering", "mouthring"}));
-    EXPECT_EQ(bindings.size(), 10u);
-}
-
-TEST_F(Bindings, ARingTakesTheHeadsChannelOfItsName) {
+TEST_F(Bindings, ChannelsOfTheSourceMeshOrOfHead) {
     EXPECT_EQ(Block("earring"),
               "TargetName : earring\nSourceName : head\ntargetMorphTargets size: 1\nsourceMorphTargets size: 2\n"
               "  ai_jawOpen  FOUND\n");
     const GroupChannelBinding& earring = bindings.at("earring");
     EXPECT_EQ(earring.names, (std::vector<std::string>{"ai_jawOpen"}));
     EXPECT_EQ(earring.curves, (std::vector<FbxAnimCurve*>{jaw}));
-}
 
-TEST_F(Bindings, AMissingSourceMeshFallsBackToHeadAndSaysSo) {
+    // No C_headMouth_GEO: the head's map stands in, and none of the names is in it.
     std::string expected =
         "TargetName : headMouth\nSourceName : headMouth\ntargetMorphTargets size: 9\n"
         "Trying to use head\nhead 2\nbrow 1\n2\nsourceMorphTargets size: 2\n";
@@ -179,9 +160,7 @@ TEST_F(Bindings, AMissingSourceMeshFallsBackToHeadAndSaysSo) {
     const GroupChannelBinding& mouth = bindings.at("headMouth");
     EXPECT_EQ(mouth.names.size(), 9u);
     EXPECT_EQ(mouth.curves, std::vector<FbxAnimCurve*>(9, nullptr));
-}
 
-TEST_F(Bindings, BrowReadsItsOwnMeshAndBrowringTheHead) {
     EXPECT_EQ(bindings.at("brow").curves.at(0), ownBrow);      // ai_browDown_L of C_brow_GEO
     EXPECT_EQ(bindings.at("browring").curves.at(0), headBrow);  // ai_browDown_L of C_head_GEO
     EXPECT_EQ(bindings.at("browring").names.back(), "ai_neutral");
@@ -227,7 +206,7 @@ protected:
     GroupNodes groups;
 };
 
-TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnits) {
+TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnitsAndAMorphOfItsOwn) {
     TakeTracks take;
     take.TrackFor(99).rotation.times = {0.0f};  // a node track made before
     take.TrackFor(12);                          // a slot that already has a track keeps it
@@ -243,14 +222,8 @@ TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnits) {
     EXPECT_EQ(w.inTangents, (std::vector<std::vector<float>>{{0.0f}, {0.3f}}));
     EXPECT_EQ(w.outTangents, w.inTangents);
     EXPECT_EQ(w.defaults, (std::vector<float>{50.0f}));  // defaults stay as sampled
-    EXPECT_EQ(take.tracks[take.index.at(13)].weights.values.size(), 2u);
-    EXPECT_EQ(take.tracks[take.index.at(13)].weights.values[0].size(), 2u);
-    EXPECT_EQ(take.tracks[take.index.at(99)].weights.times.size(), 0u);
-}
+    EXPECT_EQ(take.tracks[take.index.at(13)].weights.values[0].size(), 2u);  // no geometry: a track all the same
 
-TEST_F(Transfer, EachSlotGetsAMorphOfItsOwnPerTake) {
-    TakeTracks first;
-    TransferMorphAnimation(scene, groups, bindings, first, Sampled);
     Morph* a = slots[0]->geometry->meshInstances.at(0)->morph;
     Morph* b = slots[1]->geometry->meshInstances.at(0)->morph;
     ASSERT_NE(a, nullptr);
@@ -258,10 +231,7 @@ TEST_F(Transfer, EachSlotGetsAMorphOfItsOwnPerTake) {
     EXPECT_NE(a, b);
     ASSERT_EQ(a->targets.size(), 1u);
     EXPECT_EQ(a->targets[0]->name, "face_shapes.ai_jawOpen");
-    // The slot without a placeholder has a track but nothing to put a Morph on.
-    EXPECT_EQ(slots[2]->geometry, nullptr);
-    EXPECT_EQ(first.tracks.size(), 3u);
-
+    // A later take replaces the Morphs.
     TakeTracks second;
     TransferMorphAnimation(scene, groups, bindings, second, Sampled);
     EXPECT_NE(slots[0]->geometry->meshInstances.at(0)->morph, a);

@@ -229,15 +229,6 @@ TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
         EXPECT_EQ(values[key * 100 + 99], (std::vector<float>{0, 1, 0.5f})[key]);
         for (size_t column = 1; column < 99; ++column) ASSERT_EQ(values[key * 100 + column], 0.0f) << column;
     }
-    // The brow slot reads the head's ai_browDown_L alone, keyed at 0 and 2 s: two rows of
-    // 16, the first column 0 then 1.
-    const JsonValue brow = file.Sampler(file.NodeIndex("C_brow_GEO"), "weights");
-    ASSERT_FALSE(brow.IsNullHandle());
-    EXPECT_EQ(file.Floats(brow.Get("input")), (std::vector<float>{0, 2}));
-    const std::vector<float> browValues = file.Floats(brow.Get("output"));
-    ASSERT_EQ(browValues.size(), 32u);
-    EXPECT_EQ(browValues[0], 0.0f);
-    EXPECT_EQ(browValues[16], 1.0f);
 }
 
 TEST(AnimationCli, TakesWithoutKeysOrClippedAwayGiveNoFile) {

@@ -114,6 +114,10 @@ int64_t SceneDocument::AddObject(std::string_view record, std::string_view name,
 }
 
 Record& SceneDocument::Object(int64_t id) {
+    // Ids are handed out in order, one object each: the index is the id's offset.
+    const int64_t offset = id - kFirstId;
+    if (offset >= 0 && size_t(offset) < objectIds_.size() && objectIds_[size_t(offset)] == id)
+        return objects_[size_t(offset)];
     for (size_t k = 0; k < objectIds_.size(); ++k)
         if (objectIds_[k] == id) return objects_[k];
     throw std::invalid_argument("no object of that id");
@@ -265,8 +269,9 @@ int64_t SceneDocument::AddCurve(int64_t curveNode, std::string_view channel, con
         times.push_back(FileTime(key.seconds));
         values.push_back(key.value);
     }
-    curve.Add("KeyTime").Add(Value::LongArray(times));
-    curve.Add("KeyValueFloat").Add(Value::FloatArray(values));
+    const uint32_t encoding = compressCurves_ ? 1 : 0;
+    curve.Add("KeyTime").Add(Value::LongArray(times, encoding));
+    curve.Add("KeyValueFloat").Add(Value::FloatArray(values, encoding));
     // One attribute record for all keys: cubic keys with user tangents of slope 0 and the
     // default weights of one third (3333 in each half of the third word).
     int32_t flags = static_cast<int32_t>(interpolation);

@@ -72,6 +72,9 @@ public:
     int64_t AnimateNumber(int64_t layer, int64_t object, std::string_view property, double channelValue,
                           const std::vector<Key>& keys, Interpolation interpolation = Interpolation::Linear);
 
+    // Curve key arrays written zlib-compressed, as exporters do with long arrays.
+    void SetCompressCurves(bool compress) { compressCurves_ = compress; }
+
     // The records of the file, in the order an authoring tool writes them; the header
     // extension names fileVersion.
     std::vector<Record> Records(int32_t fileVersion = 7400) const;
@@ -84,7 +87,9 @@ private:
     int64_t AddCurve(int64_t curveNode, std::string_view channel, const std::vector<Key>& keys,
                      Interpolation interpolation);
 
-    int64_t nextId_ = 1000000;
+    static constexpr int64_t kFirstId = 1000000;
+    int64_t nextId_ = kFirstId;
+    bool compressCurves_ = false;
     std::vector<Record> globalProperties_;
     std::vector<Record> objects_;
     std::vector<int64_t> objectIds_;

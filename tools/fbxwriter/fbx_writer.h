@@ -1,7 +1,8 @@
 // Writes binary FBX files for test fixtures, benchmarks and samples: a record
 // tree built in memory, written with either record layout, in either byte
-// order, with raw or zlib arrays. Every length, count and offset the writer
-// derives can be overridden, so tests can make broken files on purpose.
+// order, with raw or zlib arrays, or as a text file (WriteAscii). Every
+// length, count and offset the writer derives can be overridden, so tests can
+// make broken files on purpose.
 // Test tooling only: the tool itself never writes FBX.
 #pragma once
 
