@@ -1,12 +1,13 @@
 # Entry points for users and CI. Every target installs what is missing first.
 BUILD      ?= build
 ASAN_BUILD ?= build-asan
+COV_BUILD  ?= build-cov
 JOBS       ?= $(shell nproc)
 CORPUS     ?= ../shared/corpus
 # ON makes every warning of our own code an error (the CI run sets it).
 WERROR     ?= OFF
 
-.PHONY: all deps configure build test demo asan asan-build corpus bench clean
+.PHONY: all deps configure build test demo asan asan-build corpus bench coverage loc clean
 
 all: build
 
@@ -42,5 +43,13 @@ corpus: asan-build
 bench: build
 	@bash scripts/bench.sh $(BUILD)/bin
 
+# Line and branch coverage of src/ by the whole suite (a gcov build of its own).
+coverage: deps
+	@bash scripts/coverage.sh $(COV_BUILD)
+
+# Size of the test suite against the product code.
+loc:
+	@bash scripts/loc.sh
+
 clean:
-	rm -rf $(BUILD) $(ASAN_BUILD)
+	rm -rf $(BUILD) $(ASAN_BUILD) $(COV_BUILD)
