@@ -9,7 +9,8 @@ namespace {
 
 // Imports the root members of data/<stem>.json, with one triangle per material so that
 // every listed material is made.
-std::unique_ptr<Scene> ImportMaterials(const ScratchFolder& dir, const std::string& stem) {
+std::unique_ptr<Scene> ImportMaterials(const std::string& stem) {
+    ScratchFolder dir;
     const std::string members = testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/" + stem + ".json");
     rapidjson::Document parsed;
     parsed.Parse(members.c_str());
@@ -31,8 +32,7 @@ const Material* MaterialOf(const Scene& scene, uint64_t id) { return scene.mater
 }  // namespace
 
 TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "materials_gamma");
+    auto scene = ImportMaterials("materials_gamma");
     ASSERT_TRUE(scene);
     const Material* plain = MaterialOf(*scene, 0);
     ASSERT_TRUE(plain);
@@ -67,8 +67,7 @@ TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
 }
 
 TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "materials_alpha_volume");
+    auto scene = ImportMaterials("materials_alpha_volume");
     ASSERT_TRUE(scene);
     EXPECT_EQ(MaterialOf(*scene, 0)->blendType, 0);
     EXPECT_EQ(MaterialOf(*scene, 0)->alphaTest, 0.3f);
@@ -90,8 +89,7 @@ TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
 }
 
 TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "materials_unlit");
+    auto scene = ImportMaterials("materials_unlit");
     ASSERT_TRUE(scene);
     const Material* unlit = MaterialOf(*scene, 0);
     EXPECT_FALSE(unlit->useLighting);
@@ -111,8 +109,7 @@ TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
 }
 
 TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "materials_extension_rows");
+    auto scene = ImportMaterials("materials_extension_rows");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     EXPECT_EQ(m->metalnessMap.channel, "b");
@@ -147,8 +144,7 @@ TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
 }
 
 TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "materials_extension_textures");
+    auto scene = ImportMaterials("materials_extension_textures");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     ASSERT_TRUE(m);
@@ -195,8 +191,7 @@ TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
 }
 
 TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, "textures_by_image");
+    auto scene = ImportMaterials("textures_by_image");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     ASSERT_TRUE(m->diffuseMap.texture);
