@@ -84,16 +84,4 @@ TEST(JsonWriter, ZeroByteFromEscapeReachesTheFile) {
     EXPECT_EQ(ReadFileText(path), std::string("[\"\\u001\0\"]", 10));
 }
 
-TEST(JsonWriter, DeeplyNestedDocumentWritesWithoutRecursion) {
-    const int depth = 200000;
-    JsonValue level = JsonValue::Array();
-    for (int i = 1; i < depth; ++i) {
-        JsonValue up = JsonValue::Array();
-        up.Add(std::move(level));
-        level = std::move(up);
-    }
-    std::string text = JsonWriter(NoFormat).WriteString(level);
-    EXPECT_EQ(text, std::string(depth, '[') + std::string(depth, ']'));
-}
-
 }  // namespace
