@@ -78,7 +78,7 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
 GlbParts ExpectChunk(const Scene& scene, const std::string& stem, const ExportOptions& options) {
     GlbParts glb = WriteAndRead(scene, options, stem);
     EXPECT_TRUE(glb.ok) << stem << ": " << glb.error;
-    std::string expected = testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/" + stem + ".json");
+    std::string expected = testsupport::ReadFileText(std::string(VURL_SOURCE_DIR) + "/tests/gltf/data/" + stem + ".json");
     if (!expected.empty() && expected.back() == '\n') expected.pop_back();
     EXPECT_FALSE(expected.empty()) << "tests/gltf/data/" << stem << ".json is missing";
     EXPECT_EQ(TrimmedJson(glb), expected) << stem;
