@@ -123,29 +123,11 @@ TEST_F(SceneTest, RecursiveChildCountFollowsTheTree) {
 }
 
 TEST(PropertyFlagsTest, LettersAndDigits) {
-    struct Row {
-        const char* letters;
-        uint32_t flags;
-    };
-    // A=2, +=4, U=16, H=32; L digit << 7 and M digit << 11, with '1'-'9' as 1-9,
-    // 'a'-'d' as 10-13 and anything else (or nothing) as 15.
-    const Row rows[] = {
-        {"", 0},
-        {"A", 2},
-        {"A+", 2 + 4},
-        {"A+U", 2 + 4 + 16},
-        {"H", 32},
-        {"L1", 1 << 7},
-        {"Ld", 13 << 7},
-        {"Lx", 15 << 7},
-        {"L", 15 << 7},  // no digit behind the letter
-        {"M3", 3 << 11},
-        {"Ma", 10 << 11},
-        {"A+UHL9M9", 2 + 4 + 16 + 32 + (9 << 7) + (9 << 11)},
-        {"zA?", 2},  // other characters are skipped
-        {"LA", 15 << 7},  // the character behind L is its digit, even a letter
-    };
-    for (const Row& row : rows) EXPECT_EQ(FbxParsePropertyFlags(row.letters), row.flags) << row.letters;
+    const testsupport::Table rows = Table("property_flags.txt");
+    ASSERT_GT(rows.size(), 10u);
+    for (const testsupport::TableRow& row : rows) {
+        EXPECT_EQ(FbxParsePropertyFlags(row[0]), uint32_t(std::stoul(row[1]))) << "line " << row.line;
+    }
 }
 
 // One Model with the given P records; the node that comes out.
@@ -321,47 +303,23 @@ TEST(TemplateTest, CurvesTakeTheTemplateOfTheirBaseClass) {
 }
 
 TEST(ObjectDispatchTest, RecordAndSubTypeChooseTheClass) {
-    struct Row {
-        const char* record;
-        const char* subType;
-        const char* className;  // expected class of the object
-    };
-    const Row rows[] = {
-        {"Model", "Mesh", "FbxNode"},
-        {"NodeAttribute", "LimbNode", "FbxSkeleton"},
-        {"NodeAttribute", "Camera", "FbxCamera"},
-        {"NodeAttribute", "Light", "FbxLight"},
-        {"NodeAttribute", "IKEffector", "FbxMarker"},
-        {"NodeAttribute", "SomethingNew", "FbxNodeAttribute"},
-        {"Geometry", "Mesh", "FbxMesh"},
-        {"Geometry", "NurbsCurve", "FbxNurbsCurve"},
-        {"Geometry", "SomethingNew", "FbxObject"},  // an unknown geometry is a plain object
-        {"Deformer", "Skin", "FbxSkin"},
-        {"Deformer", "Cluster", "FbxCluster"},
-        {"Deformer", "BlendShape", "FbxBlendShape"},
-        {"Pose", "BindPose", "FbxPose"},
-        {"Texture", "", "FbxFileTexture"},
-        {"Video", "Clip", "FbxVideo"},
-        {"AnimationStack", "", "FbxAnimStack"},
-        {"AnimationCurve", "", "FbxAnimCurveKFCurve"},
-        {"Constraint", "Character", "FbxConstraint"},
-        {"CollectionExclusive", "DisplayLayer", "FbxObject"},
-    };
+    const testsupport::Table rows = Table("object_classes.txt");
+    ASSERT_GT(rows.size(), 15u);
     FileParts parts;
     int64_t id = 100;
-    for (const Row& row : rows) {
-        std::string name = std::string(row.record) + "_" + row.subType;
-        parts.objects.Child(Object(row.record, id++, name.c_str(), row.record, row.subType));
+    for (const testsupport::TableRow& row : rows) {
+        const std::string name = row[0] + "_" + row[1];
+        parts.objects.Child(Object(row[0].c_str(), id++, name.c_str(), row[0].c_str(), row[1].c_str()));
     }
     // Definitions name only one of the types: the others are still read.
     parts.definitions.Add("ObjectType").String("Model");
     auto file = Import(parts);
     ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
-    for (const Row& row : rows) {
-        std::string name = std::string(row.record) + "_" + row.subType;
+    for (const testsupport::TableRow& row : rows) {
+        const std::string name = row[0] + "_" + row[1];
         FbxObject* o = file->Find(name.c_str());
         ASSERT_NE(o, nullptr) << name;
-        EXPECT_STREQ(o->GetClassId().GetName(), row.className) << name;
+        EXPECT_EQ(o->GetClassId().GetName(), row[2]) << name;
     }
     EXPECT_EQ(file->Find<FbxSkeleton>("NodeAttribute_LimbNode")->GetSkeletonType(), FbxSkeleton::eLimbNode);
 }
