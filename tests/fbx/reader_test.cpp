@@ -284,24 +284,6 @@ TEST(TemplateTest, TemplatesOverrideClassDefaultsAndObjectsOverrideTemplates) {
     EXPECT_TRUE(b->LclScaling.IsValueSet());
 }
 
-TEST(TemplateTest, CurvesTakeTheTemplateOfTheirBaseClass) {
-    FileParts parts;
-    Record& templ = Template(parts.definitions, "AnimationCurve", "FbxAnimCurve");
-    P(templ, "Tag", "int", "Integer", "").Int(42);
-    parts.objects.Child(Object("AnimationCurve", 30, "", "AnimCurve", ""));
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok);
-    int found = 0;
-    for (const FbxProperty& s : file->scene->RootProperty.Sources()) {
-        FbxObject* o = s.GetFbxObject();
-        if (o->GetClassId().GetName() == std::string("FbxAnimCurveKFCurve")) {
-            EXPECT_EQ(o->FindProperty("Tag").Get<int>(), 42);
-            ++found;
-        }
-    }
-    EXPECT_EQ(found, 1);
-}
-
 TEST(ObjectDispatchTest, RecordAndSubTypeChooseTheClass) {
     const testsupport::Table rows = Table("object_classes.txt");
     ASSERT_GT(rows.size(), 15u);
@@ -322,15 +304,6 @@ TEST(ObjectDispatchTest, RecordAndSubTypeChooseTheClass) {
         EXPECT_EQ(o->GetClassId().GetName(), row[2]) << name;
     }
     EXPECT_EQ(file->Find<FbxSkeleton>("NodeAttribute_LimbNode")->GetSkeletonType(), FbxSkeleton::eLimbNode);
-}
-
-TEST(ObjectDispatchTest, CharacterTypeReadsConstraintRecords) {
-    FileParts parts;
-    parts.definitions.Add("ObjectType").String("Character");
-    parts.objects.Child(Object("Constraint", 5, "Hero", "Character", "Character"));
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok);
-    EXPECT_NE(file->Find("Hero"), nullptr);
 }
 
 TEST(ObjectDispatchTest, MaterialsByShadingModelAndFirstOfAnIdWins) {

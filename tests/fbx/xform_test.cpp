@@ -254,18 +254,6 @@ TEST(FbxTransformTest, LocalRotationEulerInvertsTheMatrix) {
     }
 }
 
-TEST(FbxTransformTest, PivotSetComparison) {
-    FbxPivotSet a, b, c;
-    b.rotationPivot = FbxVector4(0, 1e-7, 0);      // within 1e-6
-    b.geometricTranslation = FbxVector4(5, 5, 5);  // not compared
-    EXPECT_TRUE(FbxPivotSetsAgree(a, b));
-    c.preRotation = FbxVector4(0, 0, 2e-6);
-    EXPECT_FALSE(FbxPivotSetsAgree(a, c));
-    c = FbxPivotSet();
-    c.scalingOffset = FbxVector4(std::numeric_limits<double>::quiet_NaN(), 0, 0);
-    EXPECT_FALSE(FbxPivotSetsAgree(a, c));
-}
-
 TEST(FbxAxisSystemTest, EnumsGiveTheSixWords) {
     struct Case {
         const char* what;
@@ -522,19 +510,6 @@ TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
     }
 }
 
-TEST_F(NodeEvalTest, PivotResetFoldsLimits) {
-    FbxNode* node = Child(scene->GetRootNode(), "limited");
-    node->RotationActive.Set(true);
-    node->RotationMaxZ.Set(true);
-    node->RotationMax.Set(FbxDouble3{0, 0, 45});
-    node->LclRotation.Set(FbxDouble3{0, 0, 90});
-    node->RotationPivot.Set(FbxDouble3{0, 0, 5});  // on the z axis: no translation
-    scene->GetRootNode()->ResetPivotSetAndConvertAnimation(30.0, false, true, false);
-    ExpectVectorNear(FbxVector4(node->LclRotation.Get()), 0, 0, 45, 1e-9);
-    ExpectVectorNear(FbxVector4(node->LclTranslation.Get()), 0, 0, 0, 1e-12);
-    EXPECT_FALSE(node->RotationActive.Get());
-}
-
 struct GeometryConverterTest : SceneTest {
     FbxLayerElement& Element(FbxMesh* mesh, FbxMappingMode mapping, FbxReferenceMode reference) {
         FbxLayerElement e;
@@ -632,27 +607,6 @@ TEST_F(GeometryConverterTest, PolygonShapes) {
         EXPECT_TRUE(FbxTriangulateMesh(*mesh));
         EXPECT_EQ(mesh->polygonVertexIndex, c.triangulated);
     }
-}
-
-TEST_F(GeometryConverterTest, SceneLevelResults) {
-    FbxGeometryConverter converter(manager);
-    EXPECT_FALSE(converter.Triangulate(static_cast<FbxScene*>(nullptr), true, false));
-    EXPECT_EQ(converter.RemoveBadPolygonsFromMeshes(nullptr), 0);
-    EXPECT_TRUE(converter.Triangulate(scene, true, false));  // nothing to do
-
-    // Attributes other than meshes come back as they are and stay on their nodes.
-    FbxNode* node = FbxNode::Create(scene, "camera");
-    scene->GetRootNode()->AddChild(node);
-    FbxCamera* camera = FbxCamera::Create(scene, "camera");
-    node->SetNodeAttribute(camera);
-    FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
-    FbxNode* meshNode = FbxNode::Create(scene, "meshNode");
-    meshNode->SetNodeAttribute(mesh);
-    mesh->polygonVertexIndex = {0, 1, 2, ~3};
-    EXPECT_TRUE(converter.Triangulate(scene, true, false));
-    EXPECT_EQ(node->GetNodeAttribute(), camera);
-    EXPECT_EQ(meshNode->GetNodeAttribute(), mesh);
-    EXPECT_EQ(mesh->GetPolygonCount(), 2);
 }
 
 const FbxAxisSystem kYUp(FbxAxisSystem::eYAxis, FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded);
