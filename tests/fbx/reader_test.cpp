@@ -293,8 +293,10 @@ TEST(ObjectDispatchTest, RecordAndSubTypeChooseTheClass) {
         const std::string name = row[0] + "_" + row[1];
         parts.objects.Child(Object(row[0].c_str(), id++, name.c_str(), row[0].c_str(), row[1].c_str()));
     }
-    // Definitions name only one of the types: the others are still read.
+    // Definitions name two of the types (Character stands for Constraint records): the
+    // others are still read.
     parts.definitions.Add("ObjectType").String("Model");
+    parts.definitions.Add("ObjectType").String("Character");
     auto file = Import(parts);
     ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
     for (const testsupport::TableRow& row : rows) {

@@ -254,6 +254,18 @@ TEST(FbxTransformTest, LocalRotationEulerInvertsTheMatrix) {
     }
 }
 
+TEST(FbxTransformTest, PivotSetComparison) {
+    FbxPivotSet a, b, c;
+    b.rotationPivot = FbxVector4(0, 1e-7, 0);      // within 1e-6
+    b.geometricTranslation = FbxVector4(5, 5, 5);  // not compared
+    EXPECT_TRUE(FbxPivotSetsAgree(a, b));
+    c.preRotation = FbxVector4(0, 0, 2e-6);
+    EXPECT_FALSE(FbxPivotSetsAgree(a, c));
+    c = FbxPivotSet();
+    c.scalingOffset = FbxVector4(std::numeric_limits<double>::quiet_NaN(), 0, 0);
+    EXPECT_FALSE(FbxPivotSetsAgree(a, c));
+}
+
 TEST(FbxAxisSystemTest, EnumsGiveTheSixWords) {
     struct Case {
         const char* what;
