@@ -162,7 +162,8 @@ FbxAnimKeyStore Curve(const std::string& keys) {
         attr.data[1] = FbxFloatToBits(float(testsupport::Number(part[4])));
         const bool bits = part[5].find('.') != std::string::npos;
         attr.data[2] = bits ? FbxFloatToBits(float(testsupport::Number(part[5]))) : uint32_t(std::stoul("0" + part[5]));
-        store.AppendKey(At(testsupport::Number(part[0])).Get(), float(testsupport::Number(part[1])), store.AddAttr(attr));
+        const FbxTime time = At(testsupport::Number(part[0]));
+        store.AppendKey(time.Get(), float(testsupport::Number(part[1])), store.AddAttr(attr));
     }
     return store;
 }
@@ -196,7 +197,7 @@ TEST(FbxAnimEval, Extrapolation) {
     for (const testsupport::TableRow& row : rows) {
         SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0] << " " << row[1]);
         FbxAnimKeyStore store = Curve("1:0 3:4");
-        const auto mode = FbxExtrapolation(std::find(std::begin(kModes), std::end(kModes), row[2]) - std::begin(kModes));
+        const auto mode = FbxExtrapolation(std::find(kModes, std::end(kModes), row[2]) - kModes);
         const uint32_t count = row[3] == "-" ? kFbxUnlimited : uint32_t(std::stoul(row[3]));
         (row[0] == "after" ? store.postExtrapolation : store.preExtrapolation) = mode;
         (row[0] == "after" ? store.postExtrapolationCount : store.preExtrapolationCount) = count;
@@ -273,7 +274,7 @@ ReadResult ReadCurve(std::vector<Record> fields, FileKind kind = {}) {
 
     ReadResult result;
     FbxStatus openStatus;
-    auto stream = FbxOpenFieldStream(FbxFileBytes::Copy(bytes.data(), bytes.size()), "curve.fbx", openStatus, true, nullptr);
+    auto stream = Open(bytes, openStatus);
     EXPECT_TRUE(stream) << openStatus.GetErrorString();
     if (!stream) return result;
     EXPECT_TRUE(stream->BeginField("Objects") && stream->BeginBlock());

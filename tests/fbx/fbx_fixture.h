@@ -42,7 +42,8 @@ inline fbxwriter::Options Version(uint32_t version) {
 }
 
 // Opens with the type-1-then-type-0 helper and the main section open.
-inline std::unique_ptr<FbxFieldStream> Open(std::string_view bytes, FbxStatus& status, FbxFileHeaderInfo* info = nullptr) {
+inline std::unique_ptr<FbxFieldStream> Open(std::string_view bytes, FbxStatus& status,
+                                            FbxFileHeaderInfo* info = nullptr) {
     return FbxOpenFieldStream(FbxFileBytes::Copy(bytes.data(), bytes.size()), kName, status, true, info);
 }
 inline std::unique_ptr<FbxFieldStream> Open(const std::vector<uint8_t>& bytes, FbxStatus& status,

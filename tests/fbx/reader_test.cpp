@@ -109,12 +109,9 @@ TEST_F(SceneTest, PropertyConnectionsAreNotObjectConnections) {
 
 TEST_F(SceneTest, RecursiveChildCountFollowsTheTree) {
     FbxNode* root = scene->GetRootNode();
-    FbxNode* a = FbxNode::Create(scene, "a");
-    FbxNode* b = FbxNode::Create(scene, "b");
-    FbxNode* c = FbxNode::Create(scene, "c");
-    root->AddChild(a);
-    a->AddChild(b);
-    b->AddChild(c);
+    FbxNode* a = Child(root, "a");
+    FbxNode* b = Child(a, "b");
+    FbxNode* c = Child(b, "c");
     EXPECT_EQ(root->GetChildCount(false), 1);
     EXPECT_EQ(root->GetChildCount(true), 3);
     c->AddChild(b);  // AddChild moves a node: b leaves a
@@ -215,13 +212,18 @@ TEST(PropertyRecordTest, UserLimitsAndEnumLists) {
     EXPECT_FALSE(n.node->FindProperty("NoLimits").HasMinLimit());
 }
 
-TEST(PropertyRecordTest, ChannelsOfCurveNodesGoBelowTheCompound) {
+// Imports a file whose Objects hold the one record.
+std::unique_ptr<Imported> ImportOne(const Record& object) {
     FileParts parts;
+    parts.objects.Child(object);
+    return Import(parts);
+}
+
+TEST(PropertyRecordTest, ChannelsOfCurveNodesGoBelowTheCompound) {
     Record curveNode = Object("AnimationCurveNode", 20, "T", "AnimCurveNode", "");
     P(curveNode, "d|X", "Number", "", "A").Double(1.5);
     P(curveNode, "d|Y", "Number", "", "A").Double(2.5);
-    parts.objects.Child(curveNode);
-    auto file = Import(parts);
+    auto file = ImportOne(curveNode);
     ASSERT_TRUE(file->ok);
     FbxObject* node = file->Find("T");
     ASSERT_NE(node, nullptr);
@@ -232,7 +234,6 @@ TEST(PropertyRecordTest, ChannelsOfCurveNodesGoBelowTheCompound) {
 TEST(PropertyRecordTest, ManyPropertiesOfAPlainObjectStayDistinct) {
     // A plain class has no properties of its own: all come from the file, and past a
     // handful they are found through an index. A repeated name updates its property.
-    FileParts parts;
     Record character = Object("Constraint", 9, "Hero", "Character", "Character");
     const int count = 40;
     for (int k = 0; k < count; ++k) {
@@ -240,8 +241,7 @@ TEST(PropertyRecordTest, ManyPropertiesOfAPlainObjectStayDistinct) {
         P(character, name.c_str(), "int", "Integer", "U").Int(k);
     }
     P(character, "u7", "int", "Integer", "U").Int(700);
-    parts.objects.Child(character);
-    auto file = Import(parts);
+    auto file = ImportOne(character);
     ASSERT_TRUE(file->ok);
     FbxObject* hero = file->Find("Hero");
     ASSERT_NE(hero, nullptr);

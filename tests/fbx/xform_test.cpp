@@ -138,24 +138,6 @@ struct ComposeCase {
     Rows3 rows;              // expected 3x3 part
 };
 
-FbxPivotSet Pivots(FbxVector4 ro, FbxVector4 rp, FbxVector4 so, FbxVector4 sp) {
-    FbxPivotSet set;
-    set.rotationOffset = ro;
-    set.rotationPivot = rp;
-    set.scalingOffset = so;
-    set.scalingPivot = sp;
-    return set;
-}
-
-FbxPivotSet Rotations(FbxVector4 pre, FbxVector4 post, int order = eFbxEulerXYZ, bool limitOnly = false) {
-    FbxPivotSet set;
-    set.preRotation = pre;
-    set.postRotation = post;
-    set.rotationOrder = order;
-    set.rotationSpaceForLimitOnly = limitOnly;
-    return set;
-}
-
 const FbxVector4 kZero(0, 0, 0);
 const FbxVector4 kOne(1, 1, 1);
 const Rows3 kRz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
@@ -164,20 +146,25 @@ const Rows3 kRz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
 // by hand for the origin (translation) and the axes (rows).
 const ComposeCase kComposeCases[] = {
     // So (1, 0, 0) lies below the rotation: Rz(90) turns it to (0, 1, 0); T adds (0, 0, 5).
-    {"scaling offset", Pivots(kZero, kZero, {1, 0, 0}, kZero), true, {0, 0, 5}, {0, 0, 90}, kOne, {0, 1, 5}, kRz90},
+    {"scaling offset", FbxPivotSet{.scalingOffset = {1, 0, 0}}, true, {0, 0, 5}, {0, 0, 90}, kOne, {0, 1, 5}, kRz90},
     // All four, Rz(90), S 2: Sp: origin -> -Sp = (0, 0, -1) -> scaled (0, 0, -2) -> + Sp
     // = (0, 0, -1); + So = (1, 0, -1); - Rp = (1, -1, -1); Rz(90) -> (1, 1, -1); + Rp =
     // (1, 2, -1); + Ro = (1, 2, 2); + T = (11, 2, 2).
-    {"all pivots", Pivots({0, 0, 3}, {0, 1, 0}, {1, 0, 0}, {0, 0, 1}), true, {10, 0, 0}, {0, 0, 90}, {2, 2, 2},
+    {"all pivots",
+     FbxPivotSet{.rotationOffset = {0, 0, 3}, .rotationPivot = {0, 1, 0}, .scalingOffset = {1, 0, 0},
+                 .scalingPivot = {0, 0, 1}},
+     true, {10, 0, 0}, {0, 0, 90}, {2, 2, 2},
      {11, 2, 2}, {{{0, 2, 0}, {-2, 0, 0}, {0, 0, 2}}}},
     // Post-rotation enters inverted: Post (0, 0, 90) gives Rz(-90): x -> -y, y -> +x.
-    {"post inverted", Rotations(kZero, {0, 0, 90}), true, kZero, kZero, kOne, kZero,
+    {"post inverted", FbxPivotSet{.postRotation = {0, 0, 90}}, true, kZero, kZero, kOne, kZero,
      {{{0, -1, 0}, {1, 0, 0}, {0, 0, 1}}}},
     // Pre Rx(90) then R: Pre * Rz(90): x -> +y -> +z; y -> -x -> -x; z -> z -> -y.
-    {"pre then rotation", Rotations({90, 0, 0}, kZero), true, kZero, {0, 0, 90}, kOne, kZero,
+    {"pre then rotation", FbxPivotSet{.preRotation = {90, 0, 0}}, true, kZero, {0, 0, 90}, kOne, kZero,
      {{{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}}},
     // When the rotation space serves the limits only, pre-rotation and order stay out.
-    {"limit space only", Rotations({90, 0, 0}, kZero, eFbxEulerZYX, true), true, kZero, {90, 90, 0}, kOne, kZero,
+    {"limit space only",
+     FbxPivotSet{.preRotation = {90, 0, 0}, .rotationOrder = eFbxEulerZYX, .rotationSpaceForLimitOnly = true}, true,
+     kZero, {90, 90, 0}, kOne, kZero,
      {{{0, 0, -1}, {1, 0, 0}, {0, -1, 0}}}},
 };
 
@@ -231,7 +218,7 @@ TEST(FbxTransformTest, RotationLimitsInTheirOwnSpace) {
     // The limits' angles L are those with Pre * R(L) = the node's rotation: with a
     // pre-rotation of 30 about z, a rotation of 80 is L = 50, clamped to the max of 45,
     // which is 30 + 45 = 75 in the node's own angles.
-    FbxPivotSet set = Rotations({0, 0, 30}, kZero, eFbxEulerXYZ, true);
+    const FbxPivotSet set{.preRotation = {0, 0, 30}, .rotationSpaceForLimitOnly = true};
     FbxTransformRecord record = MakeRecord(set, true);
     record.rotationLimits.maxEnabled[2] = true;
     record.rotationLimits.max = FbxVector4(0, 0, 45);
@@ -248,7 +235,8 @@ TEST(FbxTransformTest, LocalRotationEulerInvertsTheMatrix) {
     const FbxVector4 angles(10, -20, 30);
     for (int order = eFbxEulerXYZ; order <= eFbxEulerZYX; ++order) {
         SCOPED_TRACE(order);
-        const FbxTransformRecord record = MakeRecord(Rotations({5, 0, 0}, {0, 0, -15}, order), true);
+        const FbxPivotSet set{.preRotation = {5, 0, 0}, .postRotation = {0, 0, -15}, .rotationOrder = order};
+        const FbxTransformRecord record = MakeRecord(set, true);
         const FbxAMatrix m = FbxLocalRotationMatrix(record, angles);
         ExpectVectorNear(FbxLocalRotationEuler(record, m), angles[0], angles[1], angles[2], 1e-9);
     }
