@@ -20,7 +20,6 @@ using namespace fbxtest;
 constexpr FbxLongLong kSecond = 141120000;
 constexpr FbxLongLong kOldSecond = 46186158000LL;
 
-
 TEST(FbxTime, SetSecondDoubleRoundsAHundredthOfATickAwayFromZero) {
     struct Row {
         double seconds;
