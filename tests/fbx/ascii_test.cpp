@@ -1,28 +1,171 @@
-// One document written by the project's writer as text and as binary: the two give the
-// same field tree (names, instances, codes, values, blocks), the same imported document,
-// and the tool converts them to byte-identical outputs.
+// Text FBX files: values reach the stream with the codes and bytes a binary file of an
+// authoring tool gives them; broken files are refused whole, with the fault found where it
+// is; and one document written as text and as binary gives the same field tree, the same
+// imported document and byte-identical outputs of the tool.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "../driver/run_tool.h"
-#include "ascii_test_util.h"
 #include "fbx/fbx_anim.h"
-#include "fbx/fbx_document.h"
-#include "fbx/fbx_importer.h"
-#include "fbx/fbx_manager.h"
+#include "fbx/fbx_ascii_transcode.h"
+#include "fbx_fixture.h"
 #include "fbx_scene_document.h"
+#include "fbx_walk.h"
 #include "file_contents.h"
 #include "scratch_folder.h"
 
 namespace {
 
-using fbxwriter::Record;
-using fbxwriter::Value;
+using namespace fbxtest;
+
+std::vector<std::string> SplitPath(const std::string& path) {
+    std::vector<std::string> parts;
+    std::stringstream in(path);
+    for (std::string part; std::getline(in, part, '/');) parts.push_back(part);
+    return parts;
+}
+
+TEST(AsciiValues, CodesAndValuesAsInBinaryFiles) {
+    const testsupport::Table rows = Table("ascii_values.txt");
+    ASSERT_GT(rows.size(), 40u);
+    for (const testsupport::TableRow& row : rows) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
+        FbxStatus status;
+        auto stream = OpenText(row[1], status);
+        ASSERT_TRUE(stream) << status.GetErrorString();
+        const std::vector<std::string> path = SplitPath(row[2]);
+        for (size_t k = 0; k + 1 < path.size(); ++k) {
+            ASSERT_TRUE(stream->BeginField(path[k]));
+            ASSERT_TRUE(stream->BeginBlock());
+        }
+        ASSERT_TRUE(stream->BeginField(path.back()));
+        EXPECT_EQ(Render(*stream), row[3]);
+    }
+}
+
+TEST(AsciiValues, ReadersSeeTheBinaryConversions) {
+    FbxStatus status;
+    auto stream = OpenText("Name: \"Model::Cube\"\nCount: 3\nDefault: 0.5\nTake: \"A::B::C\"\n", status);
+    ASSERT_TRUE(stream);
+    // The two-part name reads back as written; the string is not an int, the int not a string.
+    EXPECT_EQ(stream->ReadString("Name", ""), "Model::Cube");
+    EXPECT_EQ(stream->ReadString("Count", "x"), "");
+    stream->ResetCursors();
+    EXPECT_EQ(stream->ReadInt("Count", 0), 3);
+    EXPECT_EQ(stream->ReadFloat("Default", 0), 0.5f);
+    EXPECT_EQ(stream->ReadString("Take", ""), "A::B::C");
+}
+
+TEST(AsciiValues, RecordsBlocksAndNames) {
+    const std::string longName(255, 'N');
+    FbxStatus status;
+    auto stream = OpenText("A: 1 {\n\tB: 2\n\tB: 3\n}\nA: 4\nEmpty:  {\n}\nNothing:\n" + longName + ": 5\n", status);
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->FieldCount("A"), 2);
+    ASSERT_TRUE(stream->BeginField("A", 0));
+    ASSERT_TRUE(stream->BeginBlock());
+    EXPECT_EQ(stream->FieldCount("B"), 2);
+    EXPECT_EQ(stream->ReadInt("B", 0), 2);
+    EXPECT_EQ(stream->ReadInt("B", 0), 3);
+    stream->EndBlock();
+    ASSERT_TRUE(stream->BeginField("A", 1));
+    EXPECT_FALSE(stream->HasBlock());
+    EXPECT_EQ(stream->ReadInt(), 4);
+    // "{ }" is a block of no records, as binary writers give it a terminator.
+    ASSERT_TRUE(stream->BeginField("Empty"));
+    EXPECT_EQ(stream->ValueCount(), 0);
+    ASSERT_TRUE(stream->BeginBlock());
+    EXPECT_EQ(stream->FieldNameCount(), 0);
+    stream->EndBlock();
+    ASSERT_TRUE(stream->BeginField("Nothing"));
+    EXPECT_EQ(stream->ValueCount(), 0);
+    EXPECT_FALSE(stream->HasBlock());
+    EXPECT_EQ(stream->ReadInt(longName, 0), 5);
+}
+
+TEST(AsciiValues, HeaderAndVersion) {
+    FbxStatus status;
+    FbxFileHeaderInfo info;
+    const std::string text = "; FBX 7.3.0 project file\r\n"
+                             "FBXHeaderExtension:  {\r\n\tFBXHeaderVersion: 1003\r\n\tFBXVersion: 7300\r\n"
+                             "\tCreator: \"tool\"\r\n\tOtherFlags:  {\r\n\t\tTCDefinition: 127\r\n\t}\r\n}\r\n"
+                             "GlobalSettings:  {\r\n\tVersion: 1000\r\n}\r\n";
+    auto stream = FbxOpenFieldStream(FbxFileBytes::Copy(text.data(), text.size()), "t.fbx", status, true, &info);
+    ASSERT_TRUE(stream) << status.GetErrorString();
+    EXPECT_TRUE(stream->IsText());
+    EXPECT_FALSE(stream->IsBinary());
+    EXPECT_EQ(stream->FileVersion(), 7300);
+    EXPECT_EQ(info.creator, "tool");
+    EXPECT_EQ(stream->TCDefinition(), 127);
+    EXPECT_EQ(stream->SectionCount(), 1);
+    // The section starts behind the header extension, as in binary files.
+    EXPECT_EQ(stream->FieldCount("FBXHeaderExtension"), 0);
+    EXPECT_EQ(stream->FieldCount("GlobalSettings"), 1);
+
+    // A version line naming 8.0.0 is refused the way a binary header of 8000 is.
+    FbxStatus refused;
+    EXPECT_FALSE(Open("; FBX 8.0.0 project file\nA: 1\n", refused));
+    EXPECT_EQ(refused.GetCode(), kFbxInvalidFileVersion);
+    EXPECT_EQ(refused.GetErrorString(), "FBX file version 8.0.0 is not supported in this product");
+}
+
+TEST(AsciiMalformed, RefusedWithTheFaultAndItsLine) {
+    const char* const kFaults[] = {"None",      "UnbalancedBrace", "UnclosedBlock", "UnterminatedString",
+                                   "BadValue",  "Unexpected",      "MissingComma",  "BadArray",
+                                   "ArrayCount", "NameTooLong",    "TooLarge",      "OutOfMemory"};
+    const testsupport::Table rows = Table("ascii_malformed.txt");
+    ASSERT_GT(rows.size(), 20u);
+    for (const testsupport::TableRow& row : rows) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
+        const std::string text = kVersionLine + row[1];
+        const FbxAsciiImage image =
+            FbxTranscodeAscii(reinterpret_cast<const uint8_t*>(text.data()), text.size(), 7400);
+        EXPECT_EQ(kFaults[static_cast<int>(image.fault)], row[2]);
+        EXPECT_EQ(image.faultLine, std::stoull(row[3]));
+        EXPECT_TRUE(image.bytes.empty());
+
+        // Through the stream: the open fails as a corrupt binary block does.
+        FbxStatus status;
+        EXPECT_FALSE(OpenText(row[1], status));
+        EXPECT_EQ(status.GetCode(), kFbxInvalidFile);
+        EXPECT_EQ(status.GetErrorString(), "File is corrupted: 'fixture.fbx'");
+    }
+}
+
+TEST(AsciiMalformed, NoVersionLineIsNoTextFile) {
+    FbxStatus status;
+    EXPECT_FALSE(Open("FBXHeaderExtension:  {\n}\n", status));
+    EXPECT_EQ(status.GetCode(), kFbxFailure);
+    EXPECT_EQ(status.GetErrorString(), "File is corrupted: 'fixture.fbx'");
+}
+
+TEST(AsciiMalformed, DeepNestingCostsNoStack) {
+    // Far deeper than a recursive reader could go on an 8 MB stack.
+    constexpr int kDepth = 50000;
+    std::string body;
+    body.reserve(kDepth * 8);
+    for (int k = 0; k < kDepth; ++k) body += "A: {\n";
+    body += "Leaf: 7\n";
+    for (int k = 0; k < kDepth; ++k) body += "}\n";
+    FbxStatus status;
+    auto stream = OpenText(body, status);
+    ASSERT_TRUE(stream) << status.GetErrorString();
+    int depth = 0;
+    while (stream->BeginField("A") && stream->BeginBlock()) ++depth;
+    EXPECT_EQ(depth, kDepth);
+    EXPECT_EQ(stream->ReadInt("Leaf", 0), 7);
+
+    // One brace short at the end: refused, not read past the text.
+    body.resize(body.size() - 2);
+    EXPECT_FALSE(OpenText(body, status));
+    EXPECT_EQ(status.GetCode(), kFbxInvalidFile);
+}
 
 // A small avatar: a joint chain, geo_GRP/head_GRP with a head mesh and two blend-shape
 // channels, and a take that turns the head and opens the jaw.
@@ -83,38 +226,12 @@ std::vector<Record> Records(int32_t version) {
 
 // Every record of the main section with its values, one line each, depth first.
 std::vector<std::string> Dump(FbxFieldStream& stream) {
-    std::vector<std::string> lines;
-    struct Level {
-        int field = 0;
-        int instance = 0;
-        std::string path;
-    };
-    std::vector<Level> levels(1);
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.field >= stream.FieldNameCount()) {
-            levels.pop_back();
-            if (!levels.empty()) {
-                stream.EndBlock();
-                ++levels.back().instance;
-            }
-            continue;
-        }
-        const std::string name = stream.FieldName(level.field);
-        if (level.instance >= stream.FieldCount(name)) {
-            ++level.field;
-            level.instance = 0;
-            continue;
-        }
-        stream.BeginField(name, level.instance);
-        const std::string path = level.path + "/" + name + "[" + std::to_string(level.instance) + "]";
-        lines.push_back(path + " " + asciitest::Render(stream) + (stream.HasBlock() ? " {" : ""));
-        if (stream.HasBlock() && stream.BeginBlock()) {
-            levels.push_back({0, 0, path});
-            continue;
-        }
-        ++level.instance;
-    }
+    std::vector<std::string> lines, paths;
+    fbxwalk::WalkFields(stream, [&](const std::string& name, int instance, int depth) {
+        paths.resize(static_cast<size_t>(depth));
+        paths.push_back((depth > 0 ? paths.back() : "") + "/" + name + "[" + std::to_string(instance) + "]");
+        lines.push_back(paths.back() + " " + Render(stream) + (stream.HasBlock() ? " {" : ""));
+    });
     return lines;
 }
 
@@ -175,7 +292,7 @@ std::vector<std::string> ImportSummary(const void* data, size_t size, int& curve
             std::string s;
             line += std::string(" ") + p.GetName() + "=";
             const int count = p.Get(v, eFbxDouble4x4) ? 16 : p.Get(v, eFbxDouble4) ? 4 : 0;
-            for (int k = 0; k < count; ++k) line += asciitest::Real(v[k], 17) + ",";
+            for (int k = 0; k < count; ++k) line += Real(v[k], 17) + ",";
             if (count == 0 && p.Get(&s, eFbxString)) {
                 line += s;
             }
@@ -184,7 +301,7 @@ std::vector<std::string> ImportSummary(const void* data, size_t size, int& curve
             const auto* curve = static_cast<const FbxAnimCurve*>(object);
             for (int k = 0; k < curve->KeyGetCount(); ++k, ++curveKeys) {
                 line += " key " + std::to_string(curve->KeyGetTime(k).Get()) + ":" +
-                        asciitest::Real(curve->KeyGetValue(k), 9) + ":" + std::to_string(curve->KeyGetFlags(k));
+                        Real(curve->KeyGetValue(k), 9) + ":" + std::to_string(curve->KeyGetFlags(k));
             }
         }
         out.push_back(line);
