@@ -15,52 +15,87 @@ fi
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
 
-# Hooks that later checks can add (for instance validating every .glb written).
-check_outputs() { :; }
+# Checks that the hooks add with add_check (for instance validating every .glb written):
+# each is called with the corpus file, the run's folder and its exit code, in the order the
+# hooks were read; the first that prints a reason fails the file.
+checks=()
+add_check() { checks+=("$1"); }
+check_outputs() {
+  local check reason
+  for check in "${checks[@]}"; do
+    reason="$("$check" "$@")"
+    if [ -n "$reason" ]; then
+      echo "$reason"
+      return
+    fi
+  done
+}
 for hook in "$(dirname "$0")"/corpus.d/*.sh; do
   [ -e "$hook" ] && . "$hook"
 done
 
+# Copies FILE into a fresh DIR (the tool writes side files, such as image folders, beside
+# its input) and runs the command there under the sanitizers' options and the time limit;
+# sets `code`.
+run_on_copy() {
+  local dir="$1" file="$2"
+  shift 2
+  rm -rf "$dir"
+  mkdir -p "$dir"
+  cp "$file" "$dir/" 2>/dev/null
+  ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1}" UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}" \
+    timeout -s KILL "$limit" "$@" >"$dir/stdout" 2>"$dir/stderr"
+  code=$?
+}
+
+# A crash, a time-out, an exit code other than 0 or 1, or a sanitizer report in DIR/stderr,
+# as a reason; nothing for a run that ended by itself. WHO names the program in front of the
+# reason, WHERE behind the sanitizer's.
+ending_reason() {
+  local code="$1" dir="$2" who="$3" where="$4"
+  if [ "$code" -eq 137 ]; then
+    echo "${who}time-out after ${limit}s"
+  elif [ "$code" -gt 128 ]; then
+    echo "${who}killed by signal $((code - 128))"
+  elif [ "$code" -ne 0 ] && [ "$code" -ne 1 ]; then
+    echo "${who}exit code $code"
+  elif grep -qE 'ERROR: (AddressSanitizer|LeakSanitizer)|runtime error:' "$dir/stderr"; then
+    echo "sanitizer report${where}"
+  fi
+}
+
+# Counts the file as passed, or as failed with its reason and the start of its stderr.
+record() {
+  local rel="$1" reason="$2" dir="$3"
+  if [ -n "$reason" ]; then
+    failed=$((failed + 1))
+    echo "FAIL $rel: $reason"
+    sed -n '1,20p' "$dir/stderr" | sed 's/^/    /'
+  else
+    passed=$((passed + 1))
+  fi
+}
+
 passed=0
 failed=0
-failures=()
 while IFS= read -r -d '' file; do
   # Image folders that a run beside its input would have written are not corpus files.
   case "$file" in *.md | *.fbm/*) continue ;; esac
   out="$work/run"
-  rm -rf "$out"
-  mkdir -p "$out"
-  cp "$file" "$out/" 2>/dev/null  # the tool writes side files (image folders) beside its input
   input="$out/$(basename "$file")"
-  ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1}" UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}" \
-    timeout -s KILL "$limit" "$vurl" -i "$input" -o "$out/o.glb" -m "$out/m.json" -a "$out/a.json" \
-      -r "$out/r.json" -d "$out/d.json" -g "$out/g.json" -n "$out/n.json" \
-      >"$out/stdout" 2>"$out/stderr"
-  code=$?
-  reason=""
-  if [ "$code" -eq 137 ]; then
-    reason="time-out after ${limit}s"
-  elif [ "$code" -gt 128 ]; then
-    reason="killed by signal $((code - 128))"
-  elif [ "$code" -ne 0 ] && [ "$code" -ne 1 ]; then
-    reason="exit code $code"
-  elif grep -qE 'ERROR: (AddressSanitizer|LeakSanitizer)|runtime error:' "$out/stderr"; then
-    reason="sanitizer report"
-  elif [ "$code" -eq 1 ] && ! grep -q "Failed to load scene." "$out/stdout" && ! grep -q "^ERROR: " "$out/stderr"; then
-    reason="exit 1 without a refusal message"
-  elif [ "$code" -ne 0 ] && [[ "$file" == */glb/valid/* ]]; then
-    reason="a valid file was refused: $(head -c 300 "$out/stderr")"
-  else
-    reason="$(check_outputs "$file" "$out" "$code")"
+  run_on_copy "$out" "$file" "$vurl" -i "$input" -o "$out/o.glb" -m "$out/m.json" -a "$out/a.json" \
+    -r "$out/r.json" -d "$out/d.json" -g "$out/g.json" -n "$out/n.json"
+  reason="$(ending_reason "$code" "$out" "" "")"
+  if [ -z "$reason" ]; then
+    if [ "$code" -eq 1 ] && ! grep -q "Failed to load scene." "$out/stdout" && ! grep -q "^ERROR: " "$out/stderr"; then
+      reason="exit 1 without a refusal message"
+    elif [ "$code" -ne 0 ] && [[ "$file" == */glb/valid/* ]]; then
+      reason="a valid file was refused: $(head -c 300 "$out/stderr")"
+    else
+      reason="$(check_outputs "$file" "$out" "$code")"
+    fi
   fi
-  if [ -n "$reason" ]; then
-    failed=$((failed + 1))
-    failures+=("${file#"$corpus"/}: $reason")
-    echo "FAIL ${file#"$corpus"/}: $reason"
-    sed -n '1,20p' "$out/stderr" | sed 's/^/    /'
-  else
-    passed=$((passed + 1))
-  fi
+  record "${file#"$corpus"/}" "$reason" "$out"
 done < <(find "$corpus" -type f -print0 | sort -z)
 
 # The FBX document layer on its own: every file of fbx/binary must import with status 0
@@ -77,36 +112,17 @@ if [ -x "$probe" ]; then
   while IFS= read -r -d '' file; do
     rel="${file#"$corpus"/}"
     out="$work/probe"
-    rm -rf "$out"
-    mkdir -p "$out"
-    cp "$file" "$out/"  # embedded media are extracted beside the input
-    input="$out/$(basename "$file")"
-    ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1}" UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}" \
-      timeout -s KILL "$limit" "$probe" "$input" >"$out/stdout" 2>"$out/stderr"
-    code=$?
-    reason=""
-    if [ "$code" -eq 137 ]; then
-      reason="probe time-out after ${limit}s"
-    elif [ "$code" -gt 128 ]; then
-      reason="probe killed by signal $((code - 128))"
-    elif [ "$code" -ne 0 ] && [ "$code" -ne 1 ]; then
-      reason="probe exit code $code"
-    elif grep -qE 'ERROR: (AddressSanitizer|LeakSanitizer)|runtime error:' "$out/stderr"; then
-      reason="sanitizer report in the probe"
-    elif [ "$code" -ne 0 ] && [[ "$rel" == fbx/binary/* ]]; then
+    # Embedded media are extracted beside the input.
+    run_on_copy "$out" "$file" "$probe" "$out/$(basename "$file")"
+    reason="$(ending_reason "$code" "$out" "probe " " in the probe")"
+    if [ -z "$reason" ] && [ "$code" -ne 0 ] && [[ "$rel" == fbx/binary/* ]]; then
       if printf '%s\n' "${expected_refusals[@]}" | grep -qxF "$rel"; then
         echo "expected refusal $rel: $(cut -d'"' -f2 "$out/stdout")"
       else
         reason="import failed: $(head -c 300 "$out/stdout")"
       fi
     fi
-    if [ -n "$reason" ]; then
-      failed=$((failed + 1))
-      echo "FAIL $rel: $reason"
-      sed -n '1,20p' "$out/stderr" | sed 's/^/    /'
-    else
-      passed=$((passed + 1))
-    fi
+    record "$rel" "$reason" "$out"
   done < <(find "$corpus/fbx/binary" "$corpus/fbx/malformed" -type f -name '*.fbx' -print0 2>/dev/null | sort -z)
 else
   echo "corpus: $probe not built, FBX import checks skipped"

@@ -7,34 +7,47 @@ echo "\$ vurl --version"
 echo "\$ vurl --help"
 "$vurl" --help
 
+bin="$(cd "$(dirname "$vurl")" && pwd)"
+
+# Runs the tool inside a demo folder: vurl_in DIR ARGS...
+vurl_in() {
+  local dir="$1"
+  shift
+  (cd "$dir" && "$bin/$(basename "$vurl")" "$@")
+}
+
+# Makes DIR afresh and writes the sample there with the named fixture writer.
+fresh_sample() {
+  local dir="$1" writer="$2" file="$3"
+  rm -rf "$dir"
+  mkdir -p "$dir"
+  "$bin/$writer" "$dir/$file"
+}
+
+# Converts INPUT in DIR to every JSON output named after STEM, then shows the manifest.
+convert_to_json() {
+  local dir="$1" input="$2" stem="$3"
+  echo "\$ vurl -i $input -m $stem.json -r ${stem}_materials.json -a ${stem}_anim.json -d ${stem}_meta.json -g ${stem}_scene.json -n ${stem}_manifest.json"
+  vurl_in "$dir" -i "$input" -m "$stem.json" -r "${stem}_materials.json" \
+    -a "${stem}_anim.json" -d "${stem}_meta.json" -g "${stem}_scene.json" -n "${stem}_manifest.json"
+  echo "\$ cat ${stem}_manifest.json"
+  cat "$dir/${stem}_manifest.json"
+  echo
+}
+
 # glTF input: the project's generated sample (textured, skinned, morph-animated) converted
 # to every JSON output, then the manifest.
-gltf_bin="$(cd "$(dirname "$vurl")" && pwd)"
 gltf_demo="out/demo-gltf"
-rm -rf "$gltf_demo"
-mkdir -p "$gltf_demo"
-"$gltf_bin/vurl_make_sample_glb" "$gltf_demo/sample.glb"
-echo "\$ vurl -i sample.glb -m sample.json -r sample_materials.json -a sample_anim.json -d sample_meta.json -g sample_scene.json -n sample_manifest.json"
-(cd "$gltf_demo" && "$gltf_bin/$(basename "$vurl")" -i sample.glb -m sample.json -r sample_materials.json \
-  -a sample_anim.json -d sample_meta.json -g sample_scene.json -n sample_manifest.json)
-echo "\$ cat sample_manifest.json"
-cat "$gltf_demo/sample_manifest.json"
-echo
+fresh_sample "$gltf_demo" vurl_make_sample_glb sample.glb
+convert_to_json "$gltf_demo" sample.glb sample
 echo "\$ vurl -i sample.glb -o sample_draco.glb -g sample_draco_scene.json -u true -C draco"
-(cd "$gltf_demo" && "$gltf_bin/$(basename "$vurl")" -i sample.glb -o sample_draco.glb -g sample_draco_scene.json -u true -C draco)
+vurl_in "$gltf_demo" -i sample.glb -o sample_draco.glb -g sample_draco_scene.json -u true -C draco
 
 # FBX input: the project's sample avatar source (a rig, geo_GRP with head_GRP and a head mesh
 # whose blend-shape channels carry ai_* names, two takes, in centimetres) converted to every
 # JSON output with the manifest, then to one GLB with the model and all takes.
 fbx_demo="out/demo-fbx"
-rm -rf "$fbx_demo"
-mkdir -p "$fbx_demo"
-"$gltf_bin/vurl_make_sample_fbx" "$fbx_demo/avatar.fbx"
-echo "\$ vurl -i avatar.fbx -m avatar.json -r avatar_materials.json -a avatar_anim.json -d avatar_meta.json -g avatar_scene.json -n avatar_manifest.json"
-(cd "$fbx_demo" && "$gltf_bin/$(basename "$vurl")" -i avatar.fbx -m avatar.json -r avatar_materials.json \
-  -a avatar_anim.json -d avatar_meta.json -g avatar_scene.json -n avatar_manifest.json)
-echo "\$ cat avatar_manifest.json"
-cat "$fbx_demo/avatar_manifest.json"
-echo
+fresh_sample "$fbx_demo" vurl_make_sample_fbx avatar.fbx
+convert_to_json "$fbx_demo" avatar.fbx avatar
 echo "\$ vurl -i avatar.fbx -o avatar.glb"
-(cd "$fbx_demo" && "$gltf_bin/$(basename "$vurl")" -i avatar.fbx -o avatar.glb)
+vurl_in "$fbx_demo" -i avatar.fbx -o avatar.glb

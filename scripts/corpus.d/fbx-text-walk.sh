@@ -4,21 +4,10 @@
 # is a pass; a crash, a time-out or a sanitizer report fails the file. Skipped when the
 # dump tool was not built.
 
-if declare -f check_outputs >/dev/null; then
-  eval "$(declare -f check_outputs | sed '1s/check_outputs/_fbx_text_earlier_check/')"
-else
-  _fbx_text_earlier_check() { :; }
-fi
-
 _fbx_text_dump="$(dirname "$vurl")/vurl_fbx_dump"
 
-check_outputs() {
-  local file="$1" out="$2" code="$3" reason status
-  reason="$(_fbx_text_earlier_check "$file" "$out" "$code")"
-  if [ -n "$reason" ]; then
-    echo "$reason"
-    return
-  fi
+_fbx_text_walk_check() {
+  local file="$1" out="$2" status
   case "$file" in *.fbx) ;; *) return 0 ;; esac
   [ -x "$_fbx_text_dump" ] || return 0
   head -c 2 "$file" | grep -q '^;' || return 0
@@ -30,3 +19,4 @@ check_outputs() {
     echo "text walk: sanitizer report"
   fi
 }
+add_check _fbx_text_walk_check

@@ -4,13 +4,6 @@
 
 _glb_validator_dir="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)/tools/validator"
 
-# Keep a check that an earlier hook installed.
-if declare -f check_outputs >/dev/null; then
-  eval "$(declare -f check_outputs | sed '1s/check_outputs/_glb_validator_earlier_check/')"
-else
-  _glb_validator_earlier_check() { :; }
-fi
-
 # Errors born of the way a file loads rather than of its own faults, by file name.
 _glb_validator_known() {
   local name pattern rules
@@ -22,13 +15,8 @@ _glb_validator_known() {
   done <"$_glb_validator_dir/input-derived.txt"
 }
 
-check_outputs() {
-  local file="$1" out="$2" code="$3" reason
-  reason="$(_glb_validator_earlier_check "$file" "$out" "$code")"
-  if [ -n "$reason" ]; then
-    echo "$reason"
-    return
-  fi
+_glb_validator_check() {
+  local file="$1" out="$2"
   command -v node >/dev/null 2>&1 || return 0
   [ -d "$_glb_validator_dir/node_modules/gltf-validator" ] || return 0
 
@@ -53,3 +41,4 @@ check_outputs() {
     fi
   done
 }
+add_check _glb_validator_check

@@ -1,5 +1,9 @@
 #include "avatar/avatar_tables.h"
 
+#include <algorithm>
+#include <initializer_list>
+#include <span>
+
 // Constructed in this order: anchors, bind joints, the transfer table (the group names are
 // compile-time data in the header).
 
@@ -33,115 +37,86 @@ const std::array<std::string_view, 73> BindJointNames = {
     "L_legFront_bind_JNT",
 };
 
-// Lists are in the order the runtime expects, not sorted. Some gaps are deliberate: the
-// mouth ring lacks ai_cheekSquint_L, ai_mouthDimple_L and ai_mouthRollLower; the brow ring is
-// the brow list plus ai_neutral but feeds from the head mesh; the tongue ring is the inner
-// mouth list less its two teeth shapes.
+namespace {
+// Runs of shape names that several groups share, each in the order the runtime expects.
+using NameRun = std::span<const std::string_view>;
+
+constexpr std::string_view kBrows[] = {
+    "ai_browDown_L", "ai_browDown_R", "ai_browInnerDn_L", "ai_browInnerDn_R", "ai_browInnerIn_L",
+    "ai_browInnerIn_R", "ai_browInnerUp_L", "ai_browInnerUp_R", "ai_browMidDown_L", "ai_browMidDown_R",
+    "ai_browMidUp_L", "ai_browMidUp_R", "ai_browOuterUp_L", "ai_browOuterUp_R", "ai_browUp_L", "ai_browUp_R",
+};
+constexpr std::string_view kCheeks[] = {
+    "ai_cheekPuff_L", "ai_cheekPuff_R", "ai_cheekSquint_L", "ai_cheekSquint_R",
+};
+constexpr std::string_view kMouth[] = {
+    "ai_lipLowerUp_C", "ai_lipLowerUp_L", "ai_lipLowerUp_R", "ai_lipLowerWide_L", "ai_lipLowerWide_R",
+    "ai_lipLower_C", "ai_lipLower_L", "ai_lipLower_R", "ai_lipUpperDown_C", "ai_lipUpperDown_L",
+    "ai_lipUpperDown_R", "ai_lipUpperWide_L", "ai_lipUpperWide_R", "ai_lipUpper_C", "ai_lipUpper_L",
+    "ai_lipUpper_R", "ai_mouthDimple_L", "ai_mouthDimple_R", "ai_mouthDn", "ai_mouthFrown_L",
+    "ai_mouthFrown_R", "ai_mouthIn_L", "ai_mouthIn_R", "ai_mouthLeft", "ai_mouthOut", "ai_mouthRight",
+    "ai_mouthRollLower", "ai_mouthRollUpper", "ai_mouthShrugLower", "ai_mouthShrugUpper", "ai_mouthSmile_L",
+    "ai_mouthSmile_R", "ai_mouthStretch_L", "ai_mouthStretch_R", "ai_mouthUp", "ai_mouthUpperDown",
+};
+constexpr std::string_view kNose[] = {
+    "ai_noseSneer_L", "ai_noseSneer_R",
+};
+constexpr std::string_view kLipCorners[] = {
+    "ca_lipCornerPinch_L", "ca_lipCornerPinch_R", "ca_lipCornerRound_L", "ca_lipCornerRound_R",
+    "ca_lipCornerSmile_L", "ca_lipCornerSmile_R",
+};
+constexpr std::string_view kEyes[] = {
+    "ai_eyeInUpperClose_L", "ai_eyeInUpperClose_R", "ai_eyeIrisDown_L", "ai_eyeIrisDown_R",
+    "ai_eyeIrisIn_L", "ai_eyeIrisIn_R", "ai_eyeIrisOut_L", "ai_eyeIrisOut_R", "ai_eyeIrisUp_L",
+    "ai_eyeIrisUp_R", "ai_eyeLowerClose_25_L", "ai_eyeLowerClose_25_R", "ai_eyeLowerClose_50_L",
+    "ai_eyeLowerClose_50_R", "ai_eyeLowerClose_75_L", "ai_eyeLowerClose_75_R", "ai_eyeLowerClose_L",
+    "ai_eyeLowerClose_R", "ai_eyeLowerSmile_L", "ai_eyeLowerSmile_R", "ai_eyeLowerWide_L",
+    "ai_eyeLowerWide_R", "ai_eyeOutUpperClose_L", "ai_eyeOutUpperClose_R", "ai_eyeUpperClose_25_L",
+    "ai_eyeUpperClose_25_R", "ai_eyeUpperClose_50_L", "ai_eyeUpperClose_50_R", "ai_eyeUpperClose_75_L",
+    "ai_eyeUpperClose_75_R", "ai_eyeUpperClose_L", "ai_eyeUpperClose_R", "ai_eyeUpperWide_L",
+    "ai_eyeUpperWide_R",
+};
+constexpr std::string_view kTongue[] = {
+    "ai_tongueDn", "ai_tongueLeft", "ai_tongueOut", "ai_tongueRaise", "ai_tongueRight", "ai_tongueUp",
+    "ca_jawOpen",
+};
+constexpr std::string_view kNeutral[] = {"ai_neutral"};
+constexpr std::string_view kJawOpen[] = {"ai_jawOpen"};
+constexpr std::string_view kEyelashBrows[] = {"ai_browInnerIn_L", "ai_browInnerIn_R", "ai_browMidDown_L",
+                                              "ai_browMidDown_R"};
+constexpr std::string_view kTeeth[] = {"ca_teethLowerFlat", "ca_teethUpperFlat"};
+
+// One group's row: the runs joined in order, less the names in `without`.
+MorphTransferEntry Row(std::string sourceMesh, std::initializer_list<NameRun> runs,
+                       std::initializer_list<std::string_view> without = {}) {
+    MorphTransferEntry entry{std::move(sourceMesh), {}};
+    for (NameRun run : runs)
+        for (std::string_view name : run)
+            if (std::find(without.begin(), without.end(), name) == without.end())
+                entry.morphNames.emplace_back(name);
+    return entry;
+}
+}  // namespace
+
+// Some gaps are deliberate: the nose ring has no lower lip, dimple, lower roll or lower
+// shrug; the mouth ring lacks ai_cheekSquint_L, ai_mouthDimple_L and ai_mouthRollLower; the
+// brow ring is the brow list plus ai_neutral but feeds from the head mesh; the tongue ring
+// is the inner mouth list less its two teeth shapes.
 const std::unordered_map<std::string, MorphTransferEntry> MorphTransferTable = {
-    {"head", {"head", {
-         "ai_browDown_L", "ai_browDown_R", "ai_browInnerDn_L", "ai_browInnerDn_R",
-         "ai_browInnerIn_L", "ai_browInnerIn_R", "ai_browInnerUp_L", "ai_browInnerUp_R",
-         "ai_browMidDown_L", "ai_browMidDown_R", "ai_browMidUp_L", "ai_browMidUp_R",
-         "ai_browOuterUp_L", "ai_browOuterUp_R", "ai_browUp_L", "ai_browUp_R", "ai_cheekPuff_L",
-         "ai_cheekPuff_R", "ai_cheekSquint_L", "ai_cheekSquint_R", "ai_lipLowerUp_C",
-         "ai_lipLowerUp_L", "ai_lipLowerUp_R", "ai_lipLowerWide_L", "ai_lipLowerWide_R",
-         "ai_lipLower_C", "ai_lipLower_L", "ai_lipLower_R", "ai_lipUpperDown_C",
-         "ai_lipUpperDown_L", "ai_lipUpperDown_R", "ai_lipUpperWide_L", "ai_lipUpperWide_R",
-         "ai_lipUpper_C", "ai_lipUpper_L", "ai_lipUpper_R", "ai_mouthDimple_L", "ai_mouthDimple_R",
-         "ai_mouthDn", "ai_mouthFrown_L", "ai_mouthFrown_R", "ai_mouthIn_L", "ai_mouthIn_R",
-         "ai_mouthLeft", "ai_mouthOut", "ai_mouthRight", "ai_mouthRollLower", "ai_mouthRollUpper",
-         "ai_mouthShrugLower", "ai_mouthShrugUpper", "ai_mouthSmile_L", "ai_mouthSmile_R",
-         "ai_mouthStretch_L", "ai_mouthStretch_R", "ai_mouthUp", "ai_mouthUpperDown", "ai_neutral",
-         "ai_noseSneer_L", "ai_noseSneer_R", "ca_lipCornerPinch_L", "ca_lipCornerPinch_R",
-         "ca_lipCornerRound_L", "ca_lipCornerRound_R", "ca_lipCornerSmile_L", "ca_lipCornerSmile_R",
-         "ai_eyeInUpperClose_L", "ai_eyeInUpperClose_R", "ai_eyeIrisDown_L", "ai_eyeIrisDown_R",
-         "ai_eyeIrisIn_L", "ai_eyeIrisIn_R", "ai_eyeIrisOut_L", "ai_eyeIrisOut_R", "ai_eyeIrisUp_L",
-         "ai_eyeIrisUp_R", "ai_eyeLowerClose_25_L", "ai_eyeLowerClose_25_R",
-         "ai_eyeLowerClose_50_L", "ai_eyeLowerClose_50_R", "ai_eyeLowerClose_75_L",
-         "ai_eyeLowerClose_75_R", "ai_eyeLowerClose_L", "ai_eyeLowerClose_R", "ai_eyeLowerSmile_L",
-         "ai_eyeLowerSmile_R", "ai_eyeLowerWide_L", "ai_eyeLowerWide_R", "ai_eyeOutUpperClose_L",
-         "ai_eyeOutUpperClose_R", "ai_eyeUpperClose_25_L", "ai_eyeUpperClose_25_R",
-         "ai_eyeUpperClose_50_L", "ai_eyeUpperClose_50_R", "ai_eyeUpperClose_75_L",
-         "ai_eyeUpperClose_75_R", "ai_eyeUpperClose_L", "ai_eyeUpperClose_R", "ai_eyeUpperWide_L",
-         "ai_eyeUpperWide_R", "ai_jawOpen",
-    }}},
-    {"headMouth", {"headMouth", {
-         "ai_tongueDn", "ai_tongueLeft", "ai_tongueOut", "ai_tongueRaise", "ai_tongueRight",
-         "ai_tongueUp", "ca_jawOpen", "ca_teethLowerFlat", "ca_teethUpperFlat",
-    }}},
-    {"brow", {"brow", {
-         "ai_browDown_L", "ai_browDown_R", "ai_browInnerDn_L", "ai_browInnerDn_R",
-         "ai_browInnerIn_L", "ai_browInnerIn_R", "ai_browInnerUp_L", "ai_browInnerUp_R",
-         "ai_browMidDown_L", "ai_browMidDown_R", "ai_browMidUp_L", "ai_browMidUp_R",
-         "ai_browOuterUp_L", "ai_browOuterUp_R", "ai_browUp_L", "ai_browUp_R",
-    }}},
-    {"eyelash", {"eyelash", {
-         "ai_browInnerIn_L", "ai_browInnerIn_R", "ai_browMidDown_L", "ai_browMidDown_R",
-         "ai_eyeInUpperClose_L", "ai_eyeInUpperClose_R", "ai_eyeIrisDown_L", "ai_eyeIrisDown_R",
-         "ai_eyeIrisIn_L", "ai_eyeIrisIn_R", "ai_eyeIrisOut_L", "ai_eyeIrisOut_R", "ai_eyeIrisUp_L",
-         "ai_eyeIrisUp_R", "ai_eyeLowerClose_25_L", "ai_eyeLowerClose_25_R",
-         "ai_eyeLowerClose_50_L", "ai_eyeLowerClose_50_R", "ai_eyeLowerClose_75_L",
-         "ai_eyeLowerClose_75_R", "ai_eyeLowerClose_L", "ai_eyeLowerClose_R", "ai_eyeLowerSmile_L",
-         "ai_eyeLowerSmile_R", "ai_eyeLowerWide_L", "ai_eyeLowerWide_R", "ai_eyeOutUpperClose_L",
-         "ai_eyeOutUpperClose_R", "ai_eyeUpperClose_25_L", "ai_eyeUpperClose_25_R",
-         "ai_eyeUpperClose_50_L", "ai_eyeUpperClose_50_R", "ai_eyeUpperClose_75_L",
-         "ai_eyeUpperClose_75_R", "ai_eyeUpperClose_L", "ai_eyeUpperClose_R", "ai_eyeUpperWide_L",
-         "ai_eyeUpperWide_R", "ai_lipLowerUp_C", "ai_lipLowerUp_L", "ai_lipLowerUp_R",
-         "ai_lipLowerWide_L", "ai_lipLowerWide_R", "ai_lipLower_C", "ai_lipLower_L",
-         "ai_lipLower_R", "ai_lipUpperDown_C", "ai_lipUpperDown_L", "ai_lipUpperDown_R",
-         "ai_lipUpperWide_L", "ai_lipUpperWide_R", "ai_lipUpper_C", "ai_lipUpper_L",
-         "ai_lipUpper_R", "ai_mouthDimple_L", "ai_mouthDimple_R", "ai_mouthDn", "ai_mouthFrown_L",
-         "ai_mouthFrown_R", "ai_mouthIn_L", "ai_mouthIn_R", "ai_mouthLeft", "ai_mouthOut",
-         "ai_mouthRight", "ai_mouthRollLower", "ai_mouthRollUpper", "ai_mouthShrugLower",
-         "ai_mouthShrugUpper", "ai_mouthSmile_L", "ai_mouthSmile_R", "ai_mouthStretch_L",
-         "ai_mouthStretch_R", "ai_mouthUp", "ai_mouthUpperDown", "ai_noseSneer_L", "ai_noseSneer_R",
-    }}},
-    {"facial_hair", {"head", {
-         "ai_cheekPuff_L", "ai_cheekPuff_R", "ai_cheekSquint_L", "ai_cheekSquint_R",
-         "ai_lipLowerUp_C", "ai_lipLowerUp_L", "ai_lipLowerUp_R", "ai_lipLowerWide_L",
-         "ai_lipLowerWide_R", "ai_lipLower_C", "ai_lipLower_L", "ai_lipLower_R",
-         "ai_lipUpperDown_C", "ai_lipUpperDown_L", "ai_lipUpperDown_R", "ai_lipUpperWide_L",
-         "ai_lipUpperWide_R", "ai_lipUpper_C", "ai_lipUpper_L", "ai_lipUpper_R", "ai_mouthDimple_L",
-         "ai_mouthDimple_R", "ai_mouthDn", "ai_mouthFrown_L", "ai_mouthFrown_R", "ai_mouthIn_L",
-         "ai_mouthIn_R", "ai_mouthLeft", "ai_mouthOut", "ai_mouthRight", "ai_mouthRollLower",
-         "ai_mouthRollUpper", "ai_mouthShrugLower", "ai_mouthShrugUpper", "ai_mouthSmile_L",
-         "ai_mouthSmile_R", "ai_mouthStretch_L", "ai_mouthStretch_R", "ai_mouthUp",
-         "ai_mouthUpperDown", "ai_noseSneer_L", "ai_noseSneer_R", "ai_jawOpen",
-    }}},
-    {"earring", {"head", {
-         "ai_jawOpen",
-    }}},
-    {"nosering", {"head", {
-         "ai_cheekPuff_L", "ai_cheekPuff_R", "ai_cheekSquint_L", "ai_cheekSquint_R",
-         "ai_lipUpperDown_C", "ai_lipUpperDown_L", "ai_lipUpperDown_R", "ai_lipUpperWide_L",
-         "ai_lipUpperWide_R", "ai_lipUpper_C", "ai_lipUpper_L", "ai_lipUpper_R", "ai_mouthDn",
-         "ai_mouthFrown_L", "ai_mouthFrown_R", "ai_mouthIn_L", "ai_mouthIn_R", "ai_mouthLeft",
-         "ai_mouthOut", "ai_mouthRight", "ai_mouthRollUpper", "ai_mouthShrugUpper",
-         "ai_mouthSmile_L", "ai_mouthSmile_R", "ai_mouthStretch_L", "ai_mouthStretch_R",
-         "ai_mouthUp", "ai_mouthUpperDown", "ai_noseSneer_L", "ai_noseSneer_R", "ai_jawOpen",
-    }}},
-    {"mouthring", {"head", {
-         "ai_cheekPuff_L", "ai_cheekPuff_R", "ai_cheekSquint_R", "ai_lipLowerUp_C",
-         "ai_lipLowerUp_L", "ai_lipLowerUp_R", "ai_lipLowerWide_L", "ai_lipLowerWide_R",
-         "ai_lipLower_C", "ai_lipLower_L", "ai_lipLower_R", "ai_lipUpperDown_C",
-         "ai_lipUpperDown_L", "ai_lipUpperDown_R", "ai_lipUpperWide_L", "ai_lipUpperWide_R",
-         "ai_lipUpper_C", "ai_lipUpper_L", "ai_lipUpper_R", "ai_mouthDimple_R", "ai_mouthDn",
-         "ai_mouthFrown_L", "ai_mouthFrown_R", "ai_mouthIn_L", "ai_mouthIn_R", "ai_mouthLeft",
-         "ai_mouthOut", "ai_mouthRight", "ai_mouthRollUpper", "ai_mouthShrugLower",
-         "ai_mouthShrugUpper", "ai_mouthSmile_L", "ai_mouthSmile_R", "ai_mouthStretch_L",
-         "ai_mouthStretch_R", "ai_mouthUp", "ai_mouthUpperDown", "ai_noseSneer_L", "ai_noseSneer_R",
-         "ai_jawOpen",
-    }}},
-    {"browring", {"head", {
-         "ai_browDown_L", "ai_browDown_R", "ai_browInnerDn_L", "ai_browInnerDn_R",
-         "ai_browInnerIn_L", "ai_browInnerIn_R", "ai_browInnerUp_L", "ai_browInnerUp_R",
-         "ai_browMidDown_L", "ai_browMidDown_R", "ai_browMidUp_L", "ai_browMidUp_R",
-         "ai_browOuterUp_L", "ai_browOuterUp_R", "ai_browUp_L", "ai_browUp_R", "ai_neutral",
-    }}},
-    {"tonguering", {"headMouth", {
-         "ai_tongueDn", "ai_tongueLeft", "ai_tongueOut", "ai_tongueRaise", "ai_tongueRight",
-         "ai_tongueUp", "ca_jawOpen",
-    }}},
+    {"head", Row("head", {kBrows, kCheeks, kMouth, kNeutral, kNose, kLipCorners, kEyes, kJawOpen})},
+    {"headMouth", Row("headMouth", {kTongue, kTeeth})},
+    {"brow", Row("brow", {kBrows})},
+    {"eyelash", Row("eyelash", {kEyelashBrows, kEyes, kMouth, kNose})},
+    {"facial_hair", Row("head", {kCheeks, kMouth, kNose, kJawOpen})},
+    {"earring", Row("head", {kJawOpen})},
+    {"nosering", Row("head", {kCheeks, kMouth, kNose, kJawOpen},
+                     {"ai_lipLowerUp_C", "ai_lipLowerUp_L", "ai_lipLowerUp_R", "ai_lipLowerWide_L",
+                      "ai_lipLowerWide_R", "ai_lipLower_C", "ai_lipLower_L", "ai_lipLower_R", "ai_mouthDimple_L",
+                      "ai_mouthDimple_R", "ai_mouthRollLower", "ai_mouthShrugLower"})},
+    {"mouthring", Row("head", {kCheeks, kMouth, kNose, kJawOpen},
+                      {"ai_cheekSquint_L", "ai_mouthDimple_L", "ai_mouthRollLower"})},
+    {"browring", Row("head", {kBrows, kNeutral})},
+    {"tonguering", Row("headMouth", {kTongue})},
 };
 
 namespace {

@@ -1,9 +1,9 @@
 #include "avatar/morph_transfer.h"
 
 #include <memory>
-#include <unordered_set>
 
 #include "avatar/avatar_tables.h"
+#include "avatar/node_order.h"
 #include "avatar/placeholder.h"
 #include "fbx/fbx_anim.h"
 #include "fbx/fbx_deformer.h"
@@ -12,29 +12,6 @@
 #include "scene/console.h"
 
 namespace {
-
-// Nodes depth first, each before its children, children in order. A node reached a second
-// time is not walked again.
-std::vector<FbxNode*> NodesDepthFirst(FbxNode* root) {
-    std::vector<FbxNode*> order;
-    if (!root) return order;
-    std::unordered_set<const FbxNode*> seen;
-    std::vector<FbxNode*> pending{root};
-    std::vector<FbxNode*> children;
-    while (!pending.empty()) {
-        FbxNode* node = pending.back();
-        pending.pop_back();
-        if (!seen.insert(node).second) continue;
-        order.push_back(node);
-        children.clear();
-        for (const FbxProperty& source : node->RootProperty.Sources()) {
-            FbxObject* object = source.IsRoot() ? source.GetFbxObject() : nullptr;
-            if (object && object->Is<FbxNode>()) children.push_back(static_cast<FbxNode*>(object));
-        }
-        pending.insert(pending.end(), children.rbegin(), children.rend());
-    }
-    return order;
-}
 
 bool StartsWith(const std::string& text, const char* prefix, size_t length) {
     return text.size() >= length && text.compare(0, length, prefix) == 0;

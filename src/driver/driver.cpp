@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -25,6 +26,19 @@ int Fail(const std::string& message) {
     ConsoleErrorText("\n");
     PrintHelp();
     return 1;
+}
+
+// One option read into one destination; rows of a kind are read in the order given.
+template <typename T>
+struct OptionRow {
+    T& destination;
+    const char* longName;
+    const char* shortName;
+};
+
+template <typename T, typename Getter>
+void GetOptions(const Args& args, Getter get, std::initializer_list<OptionRow<T>> rows) {
+    for (const OptionRow<T>& row : rows) get(row.destination, args, row.longName, row.shortName);
 }
 
 bool InputReadable(const std::string& fileName) {
@@ -65,12 +79,14 @@ int RunVurl(const Args& args) {
         GetStringOption(names.modelFile, args, "--output", "-o");
         names.animationFile = names.modelFile;
     }
-    GetStringOption(names.modelFile, args, "--model", "-m");
-    GetStringOption(names.animationFile, args, "--animation", "-a");
-    GetStringOption(names.materialsFile, args, "--materials", "-r");
-    GetStringOption(names.metadataFile, args, "--metadata", "-d");
-    GetStringOption(names.sceneMetadataFile, args, "--scene-metadata", "-g");
-    GetStringOption(names.manifestFile, args, "--manifest", "-n");
+    GetOptions<std::string>(args, GetStringOption, {
+        {names.modelFile, "--model", "-m"},
+        {names.animationFile, "--animation", "-a"},
+        {names.materialsFile, "--materials", "-r"},
+        {names.metadataFile, "--metadata", "-d"},
+        {names.sceneMetadataFile, "--scene-metadata", "-g"},
+        {names.manifestFile, "--manifest", "-n"},
+    });
     if (names.modelFile.empty() && names.animationFile.empty() && names.materialsFile.empty() &&
         names.metadataFile.empty() && names.sceneMetadataFile.empty())
         return Fail(
@@ -83,18 +99,23 @@ int RunVurl(const Args& args) {
         options.positionTolerance = options.rotationTolerance = options.scaleTolerance = tolerance;
     }
     GetStringOption(animationNaming, args, "--animation-naming", "-f");
-    GetBoolOption(prettyPrint, args, "--pretty-print", "-p");
-    GetFloatOption(options.animationStart, args, "--animation-start", "-s");
-    GetFloatOption(options.animationEnd, args, "--animation-end", "-e");
-    GetBoolOption(options.cubicCurves, args, "--cubic-curves", "-b");
-    GetFloatOption(options.positionTolerance, args, "--position-tolerance", "-x");
-    GetFloatOption(options.rotationTolerance, args, "--rotation-tolerance", "-y");
-    GetFloatOption(options.scaleTolerance, args, "--scale-tolerance", "-z");
-    GetFloatOption(options.keyframeInterval, args, "--keyframe-interval", "-k");
-    GetBoolOption(options.convertCameras, args, "--convert-cameras", "-c");
-    GetBoolOption(options.convertLights, args, "--convert-lights", "-l");
-    GetBoolOption(unwrapUv, args, "--unwrap-uv", "-u");
-    GetFloatOption(unwrapUvTexelsPerMeter, args, "--unwrap-uv-texels-per-meter", "-q");
+    GetOptions<bool>(args, GetBoolOption, {
+        {prettyPrint, "--pretty-print", "-p"},
+        {options.cubicCurves, "--cubic-curves", "-b"},
+        {options.convertCameras, "--convert-cameras", "-c"},
+        {options.convertLights, "--convert-lights", "-l"},
+        {unwrapUv, "--unwrap-uv", "-u"},
+    });
+    // Only the float reads can throw (unparsable text): their order decides which error ends the run.
+    GetOptions<float>(args, GetFloatOption, {
+        {options.animationStart, "--animation-start", "-s"},
+        {options.animationEnd, "--animation-end", "-e"},
+        {options.positionTolerance, "--position-tolerance", "-x"},
+        {options.rotationTolerance, "--rotation-tolerance", "-y"},
+        {options.scaleTolerance, "--scale-tolerance", "-z"},
+        {options.keyframeInterval, "--keyframe-interval", "-k"},
+        {unwrapUvTexelsPerMeter, "--unwrap-uv-texels-per-meter", "-q"},
+    });
 
     if (animationNaming.empty()) animationNaming = "combine";
     else if (animationNaming != "combine" && animationNaming != "numbered" && animationNaming != "take")
@@ -106,13 +127,15 @@ int RunVurl(const Args& args) {
         return Fail("mesh-compress must be one of: none, draco.");
 
     DracoOptions& draco = options.draco;
-    GetIntOption(draco.encodeSpeed, args, "--draco-encode-speed", "");
-    GetIntOption(draco.decodeSpeed, args, "--draco-decode-speed", "");
-    GetIntOption(draco.positionBits, args, "--draco-position-bits", "");
-    GetIntOption(draco.normalBits, args, "--draco-normal-bits", "");
-    GetIntOption(draco.colorBits, args, "--draco-color-bits", "");
-    GetIntOption(draco.texcoordBits, args, "--draco-texcoord-bits", "");
-    GetIntOption(draco.genericBits, args, "--draco-generic-bits", "");
+    GetOptions<int32_t>(args, GetIntOption, {
+        {draco.encodeSpeed, "--draco-encode-speed", ""},
+        {draco.decodeSpeed, "--draco-decode-speed", ""},
+        {draco.positionBits, "--draco-position-bits", ""},
+        {draco.normalBits, "--draco-normal-bits", ""},
+        {draco.colorBits, "--draco-color-bits", ""},
+        {draco.texcoordBits, "--draco-texcoord-bits", ""},
+        {draco.genericBits, "--draco-generic-bits", ""},
+    });
 
     const FormatRegistry registry = BuildFormatRegistry();
 

@@ -216,6 +216,8 @@ private:
     void ReleaseScratch(FbxFieldBlock& block);
     // Payload of the value at the cursor, or null; advances the cursor.
     const uint8_t* NextValue(uint8_t& code, uint64_t& room);
+    // The low `size` bytes of the value at the cursor, whatever its type; 0 past the end.
+    uint64_t NextScalar(uint64_t size);
     template <typename T>
     const T* ReadArray(char code, size_t& count);
 

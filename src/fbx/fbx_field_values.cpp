@@ -106,33 +106,20 @@ char FbxFieldStream::ValueCode() const {
     return static_cast<char>(instance->values[block->PayloadOffset(*instance, instance->cursor) - 1]);
 }
 
-int32_t FbxFieldStream::ReadInt() {
+uint64_t FbxFieldStream::NextScalar(uint64_t size) {
     uint8_t code = 0;
     uint64_t room = 0;
     const uint8_t* p = NextValue(code, room);
-    return p ? static_cast<int32_t>(static_cast<uint32_t>(LoadScalar(p, room, 4, bigEndian_))) : 0;
+    return p ? LoadScalar(p, room, size, bigEndian_) : 0;
 }
 
-int64_t FbxFieldStream::ReadLong() {
-    uint8_t code = 0;
-    uint64_t room = 0;
-    const uint8_t* p = NextValue(code, room);
-    return p ? static_cast<int64_t>(LoadScalar(p, room, 8, bigEndian_)) : 0;
-}
+int32_t FbxFieldStream::ReadInt() { return static_cast<int32_t>(static_cast<uint32_t>(NextScalar(4))); }
 
-int16_t FbxFieldStream::ReadShort() {
-    uint8_t code = 0;
-    uint64_t room = 0;
-    const uint8_t* p = NextValue(code, room);
-    return p ? static_cast<int16_t>(static_cast<uint16_t>(LoadScalar(p, room, 2, bigEndian_))) : 0;
-}
+int64_t FbxFieldStream::ReadLong() { return static_cast<int64_t>(NextScalar(8)); }
 
-uint8_t FbxFieldStream::ReadByte() {
-    uint8_t code = 0;
-    uint64_t room = 0;
-    const uint8_t* p = NextValue(code, room);
-    return p ? static_cast<uint8_t>(LoadScalar(p, room, 1, bigEndian_)) : 0;
-}
+int16_t FbxFieldStream::ReadShort() { return static_cast<int16_t>(static_cast<uint16_t>(NextScalar(2))); }
+
+uint8_t FbxFieldStream::ReadByte() { return static_cast<uint8_t>(NextScalar(1)); }
 
 float FbxFieldStream::ReadFloat() {
     uint8_t code = 0;

@@ -25,6 +25,13 @@ constexpr OrderAxes kOrderAxes[6] = {
     {2, 1, 0, -1.0},  // ZYX
 };
 
+struct CosSin {
+    double cos;
+    double sin;
+};
+
+CosSin Trig(double radians) { return {std::cos(radians), std::sin(radians)}; }
+
 // Rotation about one axis by an angle in degrees.
 FbxAMatrix AxisRotation(int axis, double degrees) {
     FbxVector4 euler(0.0, 0.0, 0.0);
@@ -194,12 +201,9 @@ bool FbxAMatrix::operator==(const FbxAMatrix& o) const {
 
 FbxAMatrix FbxEulerToMatrix(const FbxVector4& degrees, int order) {
     if (order == eFbxSphericXYZ) {
-        const double a = degrees[0] * kHalfDegreesToRadians;
-        const double b = degrees[1] * kHalfDegreesToRadians;
-        const double c = degrees[2] * kHalfDegreesToRadians;
-        const double ca = std::cos(a), sa = std::sin(a);
-        const double cb = std::cos(b), sb = std::sin(b);
-        const double cc = std::cos(c), sc = std::sin(c);
+        const auto [ca, sa] = Trig(degrees[0] * kHalfDegreesToRadians);
+        const auto [cb, sb] = Trig(degrees[1] * kHalfDegreesToRadians);
+        const auto [cc, sc] = Trig(degrees[2] * kHalfDegreesToRadians);
         return QuaternionMatrix(cb * sa * cc, sb * ca + sc * sa, sc * ca - sb * sa, cb * ca * cc);
     }
     if (order > eFbxEulerXYZ && order < eFbxSphericXYZ) {
@@ -207,12 +211,9 @@ FbxAMatrix FbxEulerToMatrix(const FbxVector4& degrees, int order) {
         return AxisRotation(axes.third, degrees[axes.third]) * AxisRotation(axes.second, degrees[axes.second]) *
                AxisRotation(axes.first, degrees[axes.first]);
     }
-    const double rx = degrees[0] * kFbxDegreesToRadians;
-    const double ry = degrees[1] * kFbxDegreesToRadians;
-    const double rz = degrees[2] * kFbxDegreesToRadians;
-    const double cx = std::cos(rx), sx = std::sin(rx);
-    const double cy = std::cos(ry), sy = std::sin(ry);
-    const double cz = std::cos(rz), sz = std::sin(rz);
+    const auto [cx, sx] = Trig(degrees[0] * kFbxDegreesToRadians);
+    const auto [cy, sy] = Trig(degrees[1] * kFbxDegreesToRadians);
+    const auto [cz, sz] = Trig(degrees[2] * kFbxDegreesToRadians);
     FbxAMatrix m;
     m.data[0][0] = cz * cy;
     m.data[0][1] = sz * cy;

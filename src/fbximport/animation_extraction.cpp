@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cfloat>
 #include <memory>
-#include <unordered_set>
 #include <vector>
 
+#include "avatar/node_order.h"
 #include "fbx/fbx_anim.h"
 #include "fbx/fbx_document.h"
 #include "fbx/fbx_node.h"
@@ -14,24 +14,6 @@
 #include "fbximport/fbx_node_walk.h"
 
 namespace {
-
-// All nodes depth first, root first, each before its children; a parent's track is made
-// before its children's, which the compensation tracks rely on.
-std::vector<FbxNode*> NodesDepthFirst(FbxNode* root) {
-    std::vector<FbxNode*> order;
-    if (!root) return order;
-    std::unordered_set<const FbxNode*> seen;
-    std::vector<FbxNode*> pending{root};
-    while (!pending.empty()) {
-        FbxNode* node = pending.back();
-        pending.pop_back();
-        if (!seen.insert(node).second) continue;
-        order.push_back(node);
-        const std::vector<FbxNode*> children = ChildNodes(*node);
-        pending.insert(pending.end(), children.rbegin(), children.rend());
-    }
-    return order;
-}
 
 Vec3 Reciprocal(const Vec3& v) { return {1.0f / v.x, 1.0f / v.y, 1.0f / v.z}; }
 
@@ -136,6 +118,7 @@ void ExtractAnimations(FbxScene* fbxScene, Scene& scene, const ConversionOptions
                        const GroupNodes& groupNodes) {
     if (!fbxScene) return;
     const GroupChannelBindings bindings = BindGroupChannels(CollectSourceChannels(fbxScene));
+    // A parent's track is made before its children's, which the compensation tracks rely on.
     const std::vector<FbxNode*> nodes = NodesDepthFirst(fbxScene->GetRootNode());
 
     const int stackCount = fbxScene->GetSrcObjectCount<FbxAnimStack>();

@@ -77,6 +77,45 @@ void RemoveRedundant(Channel& channel, float tolerance) {
     times.resize(kept);
 }
 
+float& Cell(Vec3& row, size_t column) { return row[static_cast<int>(column)]; }
+float& Cell(std::vector<float>& row, size_t column) { return row[column]; }
+
+// One row of values a time: each curve's value in its column (a NaN keeps the default)
+// and, for a cubic channel, its left and right derivatives; a column without a curve keeps
+// its default value and zero tangents.
+template <typename Channel, typename Row>
+void SampleRows(Channel& channel, std::span<FbxAnimCurve* const> curves, const std::vector<FbxTime>& times,
+                const TakeRange& take, const Row& defaults, const Row& zeros) {
+    const bool cubic = channel.interpolation == 2;
+    channel.times.reserve(times.size());
+    channel.values.reserve(times.size());
+    if (cubic) {
+        channel.inTangents.reserve(times.size());
+        channel.outTangents.reserve(times.size());
+    }
+    for (const FbxTime t : times) {
+        channel.times.push_back(Seconds(t - take.origin));
+        Row sample = defaults;
+        Row left = cubic ? zeros : Row();
+        Row right = cubic ? zeros : Row();
+        for (size_t column = 0; column < curves.size(); ++column) {
+            const FbxAnimCurve* curve = curves[column];
+            if (!curve) continue;
+            const float v = curve->Evaluate(t);
+            if (!std::isnan(v)) Cell(sample, column) = v;
+            if (cubic) {
+                Cell(left, column) = curve->EvaluateLeftDerivative(t);
+                Cell(right, column) = curve->EvaluateRightDerivative(t);
+            }
+        }
+        channel.values.push_back(std::move(sample));
+        if (cubic) {
+            channel.inTangents.push_back(std::move(left));
+            channel.outTangents.push_back(std::move(right));
+        }
+    }
+}
+
 }  // namespace
 
 void TimeRange::Add(const FbxAnimCurve* curve) {
@@ -209,34 +248,7 @@ VectorChannel SampleVectorChannel(const FbxProperty& property, const std::array<
     std::vector<FbxTime> times;
     if (!SampleTimes(curves, options, take, times)) return channel;
     channel.interpolation = ChooseInterpolation(curves, options.cubicCurves);
-    const bool cubic = channel.interpolation == 2;
-
-    channel.times.reserve(times.size());
-    channel.values.reserve(times.size());
-    if (cubic) {
-        channel.inTangents.reserve(times.size());
-        channel.outTangents.reserve(times.size());
-    }
-    for (const FbxTime t : times) {
-        channel.times.push_back(Seconds(t - take.origin));
-        Vec3 sample = channel.defaultValue;
-        Vec3 left, right;
-        for (int axis = 0; axis < 3; ++axis) {
-            const FbxAnimCurve* curve = curves[static_cast<size_t>(axis)];
-            if (!curve) continue;
-            const float v = curve->Evaluate(t);
-            if (!std::isnan(v)) sample[axis] = v;
-            if (cubic) {
-                left[axis] = curve->EvaluateLeftDerivative(t);
-                right[axis] = curve->EvaluateRightDerivative(t);
-            }
-        }
-        channel.values.push_back(sample);
-        if (cubic) {
-            channel.inTangents.push_back(left);
-            channel.outTangents.push_back(right);
-        }
-    }
+    SampleRows(channel, curves, times, take, channel.defaultValue, Vec3());
     RemoveRedundantKeys(channel, kRedundantKeyTolerance);
     return channel;
 }
@@ -249,31 +261,7 @@ WeightsChannel SampleWeightsChannel(std::span<FbxAnimCurve* const> curves, const
     std::vector<FbxTime> times;
     if (!SampleTimes(curves, options, take, times)) return channel;
     channel.interpolation = ChooseInterpolation(curves, options.cubicCurves);
-    const bool cubic = channel.interpolation == 2;
-
-    const size_t columns = curves.size();
-    channel.times.reserve(times.size());
-    channel.values.reserve(times.size());
-    if (cubic) {
-        channel.inTangents.reserve(times.size());
-        channel.outTangents.reserve(times.size());
-    }
-    for (const FbxTime t : times) {
-        channel.times.push_back(Seconds(t - take.origin));
-        std::vector<float>& row = channel.values.emplace_back(channel.defaults);
-        std::vector<float>* left = cubic ? &channel.inTangents.emplace_back(columns, 0.0f) : nullptr;
-        std::vector<float>* right = cubic ? &channel.outTangents.emplace_back(columns, 0.0f) : nullptr;
-        for (size_t column = 0; column < columns; ++column) {
-            const FbxAnimCurve* curve = curves[column];
-            if (!curve) continue;
-            const float v = curve->Evaluate(t);
-            if (!std::isnan(v)) row[column] = v;
-            if (cubic) {
-                (*left)[column] = curve->EvaluateLeftDerivative(t);
-                (*right)[column] = curve->EvaluateRightDerivative(t);
-            }
-        }
-    }
+    SampleRows(channel, curves, times, take, channel.defaults, std::vector<float>(curves.size(), 0.0f));
     RemoveRedundantKeys(channel, kRedundantKeyTolerance);
     return channel;
 }

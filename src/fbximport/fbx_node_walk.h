@@ -4,11 +4,10 @@
 
 #include <vector>
 
+#include "avatar/node_order.h"
+
 class FbxNode;
 class Scene;
-
-// The child nodes of a node, in child order, gathered in one pass over its connections.
-std::vector<FbxNode*> ChildNodes(const FbxNode& node);
 
 // Renames nodes whose name was seen before, breadth first from the root: the second "foot"
 // becomes "foot.001", the third "foot.002", skipping names already taken. The first

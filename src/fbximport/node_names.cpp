@@ -13,16 +13,6 @@ std::string Suffixed(const std::string& name, unsigned long counter) {
 }
 }  // namespace
 
-std::vector<FbxNode*> ChildNodes(const FbxNode& node) {
-    std::vector<FbxNode*> children;
-    for (const FbxProperty& source : node.RootProperty.Sources()) {
-        if (!source.IsRoot()) continue;
-        FbxObject* object = source.GetFbxObject();
-        if (object && object->Is<FbxNode>()) children.push_back(static_cast<FbxNode*>(object));
-    }
-    return children;
-}
-
 void MakeNodeNamesUnique(FbxNode* root) {
     if (!root) return;
     std::unordered_set<std::string> seen;

@@ -6,10 +6,17 @@
 #include "gltf/glb_container_write.h"
 
 namespace {
-JsonValue IntArray(const std::vector<int32_t>& values) {
+// One JSON value for each item, in order.
+template <typename T, typename ToJson>
+JsonValue ArrayOf(const std::vector<T>& items, ToJson toJson) {
     JsonValue array = JsonValue::Array();
-    for (int32_t v : values) array.Add(JsonValue(v));
+    for (const T& item : items) array.Add(toJson(item));
     return array;
+}
+
+template <typename T>
+JsonValue ValueArray(const std::vector<T>& values) {
+    return ArrayOf(values, [](const T& v) { return JsonValue(v); });
 }
 
 JsonValue FloatArray(const float* values, size_t n) {
@@ -19,9 +26,7 @@ JsonValue FloatArray(const float* values, size_t n) {
 }
 
 JsonValue BoundArray(const std::vector<float>& values) {
-    JsonValue array = JsonValue::Array();
-    for (float v : values) array.Add(JsonValue(uint32_t(kJsonNumber), FormatBoundValue(v)));
-    return array;
+    return ArrayOf(values, [](float v) { return JsonValue(uint32_t(kJsonNumber), FormatBoundValue(v)); });
 }
 
 // A transform member with a NaN anywhere is left out whole.
@@ -40,14 +45,10 @@ JsonValue NodeJson(const GlbNode& node) {
     if (r[0] != 0.0f || r[1] != 0.0f || r[2] != 0.0f || r[3] != 1.0f) AddTransform(out, "rotation", r, 4);
     const float* s = node.scale;
     if (s[0] != 1.0f || s[1] != 1.0f || s[2] != 1.0f) AddTransform(out, "scale", s, 3);
-    if (!node.children.empty()) out.Add("children", IntArray(node.children));
+    if (!node.children.empty()) out.Add("children", ValueArray(node.children));
     if (node.flag == 0) {
         if (node.mesh >= 0) out.Add("mesh", JsonValue(node.mesh));
-        if (!node.skeletons.empty()) {
-            JsonValue names = JsonValue::Array();
-            for (const std::string& n : node.skeletons) names.Add(JsonValue(n));
-            out.Add("skeletons", names);
-        }
+        if (!node.skeletons.empty()) out.Add("skeletons", ValueArray(node.skeletons));
         if (node.skin >= 0) out.Add("skin", JsonValue(node.skin));
         if (node.camera >= 0) out.Add("camera", JsonValue(node.camera));
         if (node.light >= 0) {
@@ -86,14 +87,12 @@ JsonValue PrimitiveJson(const GlbPrimitive& p) {
     out.Add("attributes", NameMap(p.attributes));
     if (p.indices >= 0) out.Add("indices", JsonValue(p.indices));
     if (!p.targets.empty()) {
-        JsonValue targets = JsonValue::Array();
-        for (const GlbTargetPair& pair : p.targets) {
-            JsonValue target = JsonValue::Object();
-            if (pair.position >= 0) target.Add("POSITION", JsonValue(pair.position));
-            if (pair.normal >= 0) target.Add("NORMAL", JsonValue(pair.normal));
-            targets.Add(target);
-        }
-        out.Add("targets", targets);
+        out.Add("targets", ArrayOf(p.targets, [](const GlbTargetPair& pair) {
+                    JsonValue target = JsonValue::Object();
+                    if (pair.position >= 0) target.Add("POSITION", JsonValue(pair.position));
+                    if (pair.normal >= 0) target.Add("NORMAL", JsonValue(pair.normal));
+                    return target;
+                }));
     }
     if (p.dracoView >= 0) {
         JsonValue draco = JsonValue::Object();
@@ -108,15 +107,11 @@ JsonValue PrimitiveJson(const GlbPrimitive& p) {
 
 JsonValue MeshJson(const GlbMesh& mesh) {
     JsonValue out = JsonValue::Object();
-    JsonValue primitives = JsonValue::Array();
-    for (const GlbPrimitive& p : mesh.primitives) primitives.Add(PrimitiveJson(p));
-    out.Add("primitives", primitives);
+    out.Add("primitives", ArrayOf(mesh.primitives, PrimitiveJson));
     if (!mesh.weights.empty()) {
         out.Add("weights", FloatArray(mesh.weights.data(), mesh.weights.size()));
-        JsonValue names = JsonValue::Array();
-        for (const std::string& n : mesh.targetNames) names.Add(JsonValue(n));
         JsonValue extras = JsonValue::Object();
-        extras.Add("targetNames", names);
+        extras.Add("targetNames", ValueArray(mesh.targetNames));
         out.Add("extras", extras);
     }
     return out;
@@ -124,7 +119,7 @@ JsonValue MeshJson(const GlbMesh& mesh) {
 
 JsonValue SkinJson(const GlbSkin& skin) {
     JsonValue out = JsonValue::Object();
-    out.Add("joints", IntArray(skin.joints));
+    out.Add("joints", ValueArray(skin.joints));
     out.Add("inverseBindMatrices", JsonValue(skin.inverseBindMatrices));
     out.Add("skeleton", JsonValue(skin.skeleton));
     return out;
@@ -133,26 +128,22 @@ JsonValue SkinJson(const GlbSkin& skin) {
 JsonValue AnimationJson(const GlbAnimation& animation) {
     JsonValue out = JsonValue::Object();
     out.Add("name", JsonValue(animation.name));
-    JsonValue channels = JsonValue::Array();
-    for (const GlbChannel& c : animation.channels) {
-        JsonValue target = JsonValue::Object();
-        target.Add("node", JsonValue(c.node));
-        target.Add("path", JsonValue(c.path));
-        JsonValue channel = JsonValue::Object();
-        channel.Add("sampler", JsonValue(c.sampler));
-        channel.Add("target", target);
-        channels.Add(channel);
-    }
-    out.Add("channels", channels);
-    JsonValue samplers = JsonValue::Array();
-    for (const GlbSampler& s : animation.samplers) {
-        JsonValue sampler = JsonValue::Object();
-        sampler.Add("input", JsonValue(s.input));
-        sampler.Add("interpolation", JsonValue(s.interpolation));
-        sampler.Add("output", JsonValue(s.output));
-        samplers.Add(sampler);
-    }
-    out.Add("samplers", samplers);
+    out.Add("channels", ArrayOf(animation.channels, [](const GlbChannel& c) {
+                JsonValue target = JsonValue::Object();
+                target.Add("node", JsonValue(c.node));
+                target.Add("path", JsonValue(c.path));
+                JsonValue channel = JsonValue::Object();
+                channel.Add("sampler", JsonValue(c.sampler));
+                channel.Add("target", target);
+                return channel;
+            }));
+    out.Add("samplers", ArrayOf(animation.samplers, [](const GlbSampler& s) {
+                JsonValue sampler = JsonValue::Object();
+                sampler.Add("input", JsonValue(s.input));
+                sampler.Add("interpolation", JsonValue(s.interpolation));
+                sampler.Add("output", JsonValue(s.output));
+                return sampler;
+            }));
     return out;
 }
 
@@ -213,28 +204,15 @@ JsonValue BuildGltfJson(const ExportOptions& options, const GlbBuilder& builder,
     root.Add("asset", asset);
     root.Add("scene", JsonValue(int32_t(0)));
 
-    JsonValue nodeArray = JsonValue::Array();
-    for (const GlbNode& n : nodes) nodeArray.Add(NodeJson(n));
-    root.Add("nodes", nodeArray);
+    root.Add("nodes", ArrayOf(nodes, NodeJson));
 
     bool draco = false;
-    JsonValue meshArray = JsonValue::Array();
-    for (const GlbMesh& m : meshes) {
-        meshArray.Add(MeshJson(m));
+    for (const GlbMesh& m : meshes)
         for (const GlbPrimitive& p : m.primitives) draco = draco || p.dracoView >= 0;
-    }
-    root.Add("meshes", meshArray);
+    root.Add("meshes", ArrayOf(meshes, MeshJson));
 
-    if (!skins.empty()) {
-        JsonValue skinArray = JsonValue::Array();
-        for (const GlbSkin& s : skins) skinArray.Add(SkinJson(s));
-        root.Add("skins", skinArray);
-    }
-    if (!animations.empty()) {
-        JsonValue animationArray = JsonValue::Array();
-        for (const GlbAnimation& a : animations) animationArray.Add(AnimationJson(a));
-        root.Add("animations", animationArray);
-    }
+    if (!skins.empty()) root.Add("skins", ArrayOf(skins, SkinJson));
+    if (!animations.empty()) root.Add("animations", ArrayOf(animations, AnimationJson));
 
     JsonValue buffer = JsonValue::Object();
     buffer.Add("byteLength", JsonValue(static_cast<uint32_t>(builder.data.size())));
@@ -242,13 +220,8 @@ JsonValue BuildGltfJson(const ExportOptions& options, const GlbBuilder& builder,
     buffers.Add(buffer);
     root.Add("buffers", buffers);
 
-    JsonValue views = JsonValue::Array();
-    for (const GlbBufferView& v : builder.bufferViews) views.Add(ViewJson(v));
-    root.Add("bufferViews", views);
-
-    JsonValue accessors = JsonValue::Array();
-    for (const GlbAccessor& a : builder.accessors) accessors.Add(AccessorJson(a));
-    root.Add("accessors", accessors);
+    root.Add("bufferViews", ArrayOf(builder.bufferViews, ViewJson));
+    root.Add("accessors", ArrayOf(builder.accessors, AccessorJson));
 
     // A scene without nodes (an empty glTF input) lists no root node.
     JsonValue sceneNodes = JsonValue::Array();

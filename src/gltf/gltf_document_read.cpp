@@ -54,25 +54,6 @@ void ReadString(const Value& v, std::string& out) {
 void Read(const Value& o, const char* name, std::string& out) {
     if (const Value* v = Member(o, name)) ReadString(*v, out);
 }
-void Read(const Value& o, const char* name, std::vector<float>& out) {
-    const Value* v = Member(o, name);
-    if (!v || !v->IsArray()) return;
-    out.resize(v->Size());
-    for (rapidjson::SizeType i = 0; i < v->Size(); ++i) out[i] = ToFloat((*v)[i]);
-}
-void Read(const Value& o, const char* name, std::vector<int32_t>& out) {
-    const Value* v = Member(o, name);
-    if (!v || !v->IsArray()) return;
-    out.resize(v->Size());
-    for (rapidjson::SizeType i = 0; i < v->Size(); ++i) out[i] = int32_t(LowBits((*v)[i]));
-}
-void Read(const Value& o, const char* name, std::vector<std::string>& out) {
-    const Value* v = Member(o, name);
-    if (!v || !v->IsArray()) return;
-    out.resize(v->Size());
-    for (rapidjson::SizeType i = 0; i < v->Size(); ++i) ReadString((*v)[i], out[i]);
-}
-
 template <typename T, typename F>
 void ReadArray(const Value& o, const char* name, std::vector<T>& out, F readRecord) {
     const Value* v = Member(o, name);
@@ -80,6 +61,14 @@ void ReadArray(const Value& o, const char* name, std::vector<T>& out, F readReco
     out.resize(v->Size());
     for (rapidjson::SizeType i = 0; i < v->Size(); ++i) readRecord((*v)[i], out[i]);
 }
+
+void Read(const Value& o, const char* name, std::vector<float>& out) {
+    ReadArray(o, name, out, [](const Value& e, float& x) { x = ToFloat(e); });
+}
+void Read(const Value& o, const char* name, std::vector<int32_t>& out) {
+    ReadArray(o, name, out, [](const Value& e, int32_t& x) { x = int32_t(LowBits(e)); });
+}
+void Read(const Value& o, const char* name, std::vector<std::string>& out) { ReadArray(o, name, out, ReadString); }
 
 // An optional sub-object is reset to fresh defaults before it is read.
 template <typename T, typename F>
@@ -106,6 +95,14 @@ void ReadComponentType(const Value& o, const char* name, ComponentType& out) {
     if (!v) return;
     const uint32_t n = LowBits(*v);
     if (n >= 5120 && n <= 5126) out = ComponentType(n - 5120);
+}
+
+// The named extension's object; notes on the way whether the "extensions" object is there.
+const Value* Extension(const Value& v, const char* name, bool& extensionsPresent) {
+    const Value* ext = Member(v, "extensions");
+    if (!ext) return nullptr;
+    extensionsPresent = true;
+    return Member(*ext, name);
 }
 
 void ReadAttributeMap(const Value& v, GltfAttributeMap& out) {
@@ -164,10 +161,7 @@ void ReadAnimation(const Value& v, GltfAnimation& a) {
 }
 
 void ReadTransform(const Value& v, GltfTransformSlot& slot) {
-    const Value* ext = Member(v, "extensions");
-    if (!ext) return;
-    slot.extensionsPresent = true;
-    const Value* t = Member(*ext, "KHR_texture_transform");
+    const Value* t = Extension(v, "KHR_texture_transform", slot.extensionsPresent);
     if (!t) return;
     slot.transformPresent = true;
     slot.transform = GltfTextureTransform();
@@ -177,24 +171,24 @@ void ReadTransform(const Value& v, GltfTransformSlot& slot) {
     Read(*t, "texCoord", slot.transform.texCoord);
 }
 
-void ReadTextureInfo(const Value& v, GltfTextureInfo& t) {
+// The fields every kind of texture reference has.
+template <typename TextureRef>
+void ReadTextureRef(const Value& v, TextureRef& t) {
     Read(v, "index", t.index);
     Read(v, "texCoord", t.texCoord);
     ReadTransform(v, t.transform);
 }
 
+void ReadTextureInfo(const Value& v, GltfTextureInfo& t) { ReadTextureRef(v, t); }
+
 void ReadNormalTextureInfo(const Value& v, GltfNormalTextureInfo& t) {
-    Read(v, "index", t.index);
-    Read(v, "texCoord", t.texCoord);
+    ReadTextureRef(v, t);
     Read(v, "scale", t.scale);
-    ReadTransform(v, t.transform);
 }
 
 void ReadOcclusionTextureInfo(const Value& v, GltfOcclusionTextureInfo& t) {
-    Read(v, "index", t.index);
-    Read(v, "texCoord", t.texCoord);
+    ReadTextureRef(v, t);
     Read(v, "strength", t.strength);
-    ReadTransform(v, t.transform);
 }
 
 void ReadMaterialExtensions(const Value& v, GltfMaterialExtensions& e) {
@@ -269,14 +263,11 @@ void ReadPrimitive(const Value& v, GltfPrimitive& p) {
         if (m <= 6) p.mode = int32_t(m);
     }
     ReadArray(v, "targets", p.targets, ReadAttributeMap);
-    if (const Value* ext = Member(v, "extensions")) {
-        p.extensionsPresent = true;
-        if (const Value* d = Member(*ext, "KHR_draco_mesh_compression")) {
-            p.dracoPresent = true;
-            p.draco = GltfDracoExtension();
-            Read(*d, "bufferView", p.draco.bufferView);
-            if (const Value* a = Member(*d, "attributes")) ReadAttributeMap(*a, p.draco.attributes);
-        }
+    if (const Value* d = Extension(v, "KHR_draco_mesh_compression", p.extensionsPresent)) {
+        p.dracoPresent = true;
+        p.draco = GltfDracoExtension();
+        Read(*d, "bufferView", p.draco.bufferView);
+        if (const Value* a = Member(*d, "attributes")) ReadAttributeMap(*a, p.draco.attributes);
     }
 }
 
@@ -301,13 +292,10 @@ void ReadNode(const Value& v, GltfNode& n) {
     Read(v, "translation", n.translation);
     Read(v, "weights", n.weights);
     Read(v, "name", n.name);
-    if (const Value* ext = Member(v, "extensions")) {
-        n.extensionsPresent = true;
-        if (const Value* l = Member(*ext, "KHR_lights_punctual")) {
-            n.lightPresent = true;
-            n.light = -1;
-            Read(*l, "light", n.light);
-        }
+    if (const Value* l = Extension(v, "KHR_lights_punctual", n.extensionsPresent)) {
+        n.lightPresent = true;
+        n.light = -1;
+        Read(*l, "light", n.light);
     }
 }
 
@@ -418,12 +406,9 @@ bool ReadGltfDocument(GltfDocument& d, const GltfJsonValue& root) {
         Read(v, "source", t.source);
         Read(v, "name", t.name);
     });
-    if (const Value* ext = Member(root, "extensions")) {
-        d.extensionsPresent = true;
-        if (const Value* lp = Member(*ext, "KHR_lights_punctual")) {
-            d.lightsPresent = true;
-            ReadArray(*lp, "lights", d.lights, ReadLight);
-        }
+    if (const Value* lp = Extension(root, "KHR_lights_punctual", d.extensionsPresent)) {
+        d.lightsPresent = true;
+        ReadArray(*lp, "lights", d.lights, ReadLight);
     }
     return true;
 }

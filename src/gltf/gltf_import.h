@@ -38,6 +38,12 @@ private:
     void Slot(TextureSlot& slot, const TextureRef& ref) {
         SetSlot(slot, ref.index, ref.texCoord, ref.transform);
     }
+    // An extension's optional texture: the channel is set whether or not it is there.
+    template <typename TextureRef>
+    void Slot(TextureSlot& slot, const std::optional<TextureRef>& ref, const char* channel) {
+        if (ref) Slot(slot, *ref);
+        slot.channel = channel;
+    }
     void ImportUnlit(Material& m, const GltfMaterial& record);
     void ImportMetallicRoughness(Material& m, const GltfMaterial& record);
     void ImportClearcoat(Material& m, const GltfClearcoat& clearcoat);

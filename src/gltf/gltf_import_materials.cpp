@@ -208,11 +208,9 @@ void GltfImporter::ImportMetallicRoughness(Material& m, const GltfMaterial& reco
 
 void GltfImporter::ImportClearcoat(Material& m, const GltfClearcoat& clearcoat) {
     m.clearCoat = clearcoat.clearcoatFactor * 0.25f;
-    if (clearcoat.clearcoatTexture) Slot(m.clearCoatMap, *clearcoat.clearcoatTexture);
-    m.clearCoatMap.channel = "r";
+    Slot(m.clearCoatMap, clearcoat.clearcoatTexture, "r");
     m.clearCoatGloss = clearcoat.clearcoatRoughnessFactor;
-    if (clearcoat.clearcoatRoughnessTexture) Slot(m.clearCoatGlossMap, *clearcoat.clearcoatRoughnessTexture);
-    m.clearCoatGlossMap.channel = "g";
+    Slot(m.clearCoatGlossMap, clearcoat.clearcoatRoughnessTexture, "g");
     m.clearCoatGlossInvert = true;
     if (clearcoat.clearcoatNormalTexture) {
         Slot(m.clearCoatNormalMap, *clearcoat.clearcoatNormalTexture);
@@ -223,24 +221,21 @@ void GltfImporter::ImportClearcoat(Material& m, const GltfClearcoat& clearcoat) 
 void GltfImporter::ImportSpecular(Material& m, const GltfSpecular& specular) {
     m.useMetalnessSpecularColor = true;
     m.specularityFactor = specular.specularFactor;
-    if (specular.specularTexture) Slot(m.specularityFactorMap, *specular.specularTexture);
-    m.specularityFactorMap.channel = "a";
+    Slot(m.specularityFactorMap, specular.specularTexture, "a");
     if (specular.specularColorFactor.size() == 3) {
         m.specularTint = true;
         m.specular = GammaRgb(specular.specularColorFactor);
     } else {
         m.specular = Vec3(1.0f, 1.0f, 1.0f);
     }
-    if (specular.specularColorTexture) Slot(m.specularMap, *specular.specularColorTexture);
-    m.specularMap.channel = "rgb";
+    Slot(m.specularMap, specular.specularColorTexture, "rgb");
 }
 
 void GltfImporter::ImportTransmission(Material& m, const GltfTransmission& transmission) {
     m.blendType = 1;
     m.useDynamicRefraction = true;
     m.refraction = transmission.transmissionFactor;
-    if (transmission.transmissionTexture) Slot(m.refractionMap, *transmission.transmissionTexture);
-    m.refractionMap.channel = "r";
+    Slot(m.refractionMap, transmission.transmissionTexture, "r");
 }
 
 void GltfImporter::ImportSheen(Material& m, const GltfSheen& sheen) {
@@ -252,16 +247,14 @@ void GltfImporter::ImportSheen(Material& m, const GltfSheen& sheen) {
     }
     if (sheen.sheenColorTexture) Slot(m.sheenMap, *sheen.sheenColorTexture);
     m.sheenGloss = sheen.sheenRoughnessFactor;
-    if (sheen.sheenRoughnessTexture) Slot(m.sheenGlossMap, *sheen.sheenRoughnessTexture);
-    m.sheenGlossMap.channel = "a";
+    Slot(m.sheenGlossMap, sheen.sheenRoughnessTexture, "a");
 }
 
 void GltfImporter::ImportVolume(Material& m, const GltfVolume& volume) {
     m.blendType = 1;
     m.useDynamicRefraction = true;
     m.thickness = volume.thicknessFactor;
-    if (volume.thicknessTexture) Slot(m.thicknessMap, *volume.thicknessTexture);
-    m.thicknessMap.channel = "g";
+    Slot(m.thicknessMap, volume.thicknessTexture, "g");
     m.attenuationDistance = volume.attenuationDistance;
     if (volume.attenuationColor.size() == 3) m.attenuation = GammaRgb(volume.attenuationColor);
 }
@@ -269,12 +262,9 @@ void GltfImporter::ImportVolume(Material& m, const GltfVolume& volume) {
 void GltfImporter::ImportIridescence(Material& m, const GltfIridescence& iridescence) {
     m.useIridescence = true;
     m.iridescence = iridescence.iridescenceFactor;
-    if (iridescence.iridescenceTexture) Slot(m.iridescenceMap, *iridescence.iridescenceTexture);
-    m.iridescenceMap.channel = "r";
+    Slot(m.iridescenceMap, iridescence.iridescenceTexture, "r");
     m.iridescenceRefractionIndex = iridescence.iridescenceIor;
     m.iridescenceThicknessMin = iridescence.iridescenceThicknessMinimum;
     m.iridescenceThicknessMax = iridescence.iridescenceThicknessMaximum;
-    if (iridescence.iridescenceThicknessTexture)
-        Slot(m.iridescenceThicknessMap, *iridescence.iridescenceThicknessTexture);
-    m.iridescenceThicknessMap.channel = "g";
+    Slot(m.iridescenceThicknessMap, iridescence.iridescenceThicknessTexture, "g");
 }

@@ -4,6 +4,7 @@
 //
 //   vurl_make_sample_fbx OUT.fbx
 #include <cstdio>
+#include <iterator>
 
 #include "fbx_scene_document.h"
 
@@ -23,27 +24,33 @@ int main(int argc, char** argv) {
 
     const int64_t rig = doc.AddNode("rig", avatar);
     doc.AddAttribute(rig, "Null");
-    const int64_t spine = doc.AddNode("C_spine0002_bind_JNT", rig, "LimbNode");
-    doc.AddAttribute(spine, "Root");
-    doc.SetLocal(spine, "Lcl Translation", 0.0, 105.0, 0.0);
-    const int64_t chest = doc.AddNode("C_spine0003_bind_JNT", spine, "LimbNode");
-    doc.AddAttribute(chest, "LimbNode");
-    doc.SetLocal(chest, "Lcl Translation", 0.0, 12.0, 0.0);
-    const int64_t neck = doc.AddNode("C_neck0001_bind_JNT", chest, "LimbNode");
-    doc.AddAttribute(neck, "LimbNode");
-    doc.SetLocal(neck, "Lcl Translation", 0.0, 18.0, 1.0);
+    // The joints: each row's parent is an earlier row (-1: the rig), its translation in centimetres.
+    struct JointRow {
+        const char* name;
+        int parent;
+        const char* attribute;
+        double x, y, z;
+    };
+    const JointRow jointRows[] = {
+        {"C_spine0002_bind_JNT", -1, "Root", 0.0, 105.0, 0.0},
+        {"C_spine0003_bind_JNT", 0, "LimbNode", 0.0, 12.0, 0.0},
+        {"C_neck0001_bind_JNT", 1, "LimbNode", 0.0, 18.0, 1.0},
+        {"C_head_bind_JNT", 2, "LimbNode", 0.0, 9.0, 0.0},
+        {"L_eyeBrow_bind_JNT", 3, "LimbNode", 3.0, 11.0, 8.5},
+        {"R_eyeBrow_bind_JNT", 3, "LimbNode", -3.0, 11.0, 8.5},
+    };
+    int64_t joints[std::size(jointRows)];
+    for (size_t k = 0; k < std::size(jointRows); ++k) {
+        const JointRow& row = jointRows[k];
+        joints[k] = doc.AddNode(row.name, row.parent < 0 ? rig : joints[row.parent], "LimbNode");
+        doc.AddAttribute(joints[k], row.attribute);
+        doc.SetLocal(joints[k], "Lcl Translation", row.x, row.y, row.z);
+    }
+    const int64_t neck = joints[2];
+    const int64_t head = joints[3];
     // Joint orient as authoring tools write it: a pre-rotation that the load bakes away.
     doc.SetBool(neck, "RotationActive", true);
     doc.SetVector(neck, "PreRotation", 0.0, 0.0, 5.0);
-    const int64_t head = doc.AddNode("C_head_bind_JNT", neck, "LimbNode");
-    doc.AddAttribute(head, "LimbNode");
-    doc.SetLocal(head, "Lcl Translation", 0.0, 9.0, 0.0);
-    const int64_t browL = doc.AddNode("L_eyeBrow_bind_JNT", head, "LimbNode");
-    doc.AddAttribute(browL, "LimbNode");
-    doc.SetLocal(browL, "Lcl Translation", 3.0, 11.0, 8.5);
-    const int64_t browR = doc.AddNode("R_eyeBrow_bind_JNT", head, "LimbNode");
-    doc.AddAttribute(browR, "LimbNode");
-    doc.SetLocal(browR, "Lcl Translation", -3.0, 11.0, 8.5);
 
     const int64_t geo = doc.AddNode("geo_GRP", avatar);
     doc.AddAttribute(geo, "Null");
