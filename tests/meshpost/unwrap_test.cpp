@@ -148,30 +148,6 @@ TEST(Unwrap, SceneUsesTheLargerScaleOfTwoNodes) {
     }
 }
 
-TEST(Unwrap, ExistingSetZeroStaysAndNewSetGoesToOne) {
-    TestScene ts;
-    auto cube = Cube();
-    for (size_t v = 0; v < cube.first.positions.size() / 3; ++v)
-        cube.first.texCoords[0].insert(cube.first.texCoords[0].end(), {float(v), -float(v)});
-    cube.first.texCoords[3] = std::vector<float>(cube.first.texCoords[0].size(), 0.5f);  // dropped
-    const VertexData before = cube.first;
-    Geometry* g = ts.AddGeometry({cube});
-    ts.AddNode(g, Mat4());
-    UnwrapScene(ts.scene, 16.0f);
-
-    const VertexData& vd = *g->meshInstances[0]->vertices;
-    const size_t n = vd.positions.size() / 3;
-    ExpectInUnitSquare(vd.texCoords[1]);
-    ASSERT_EQ(vd.texCoords[0].size(), n * 2);
-    EXPECT_TRUE(vd.texCoords[3].empty());
-    // Old set 0 values still sit with their positions.
-    for (size_t v = 0; v < n; ++v) {
-        const size_t x = size_t(vd.texCoords[0][2 * v]);
-        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
-    }
-}
-
 TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
     auto expectUntouched = [](auto mutate) {
         TestScene ts;
@@ -223,7 +199,9 @@ TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {
     EXPECT_FALSE(fine->meshInstances[0]->vertices->texCoords[0].empty());
 }
 
-TEST(Unwrap, SkinAttributesFollowTheirVertices) {
+TEST(Unwrap, VertexAttributesFollowTheirVerticesAndSetZeroStays) {
+    // Joints name each vertex's source; an existing set 0 stays (the new set goes to 1) and
+    // sets above 1 are dropped.
     TestScene ts;
     auto cyl = Cylinder();
     const size_t n = cyl.first.positions.size() / 3;
@@ -231,7 +209,9 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
         cyl.first.joints.insert(cyl.first.joints.end(), {uint16_t(v), uint16_t(v + 1), 7, 0});
         cyl.first.weights.insert(cyl.first.weights.end(), {0.25f * float(v), 0.5f, 0.125f, 0.0f});
         cyl.first.colors.insert(cyl.first.colors.end(), {float(v), 1.0f, 0.0f, 1.0f});
+        cyl.first.texCoords[0].insert(cyl.first.texCoords[0].end(), {float(v), -float(v)});
     }
+    cyl.first.texCoords[3] = std::vector<float>(n * 2, 0.5f);
     const VertexData before = cyl.first;
     Geometry* g = ts.AddGeometry({cyl});
     ts.AddNode(g, Mat4());
@@ -240,6 +220,9 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
     const VertexData& vd = *g->meshInstances[0]->vertices;
     const size_t m = vd.positions.size() / 3;
     ASSERT_GT(m, n);  // seams split vertices, so the copy by xref is really exercised
+    ExpectInUnitSquare(vd.texCoords[1]);
+    EXPECT_TRUE(vd.texCoords[3].empty());
+    ASSERT_EQ(vd.texCoords[0].size(), m * 2);
     ASSERT_EQ(vd.joints.size(), m * 4);
     ASSERT_EQ(vd.weights.size(), m * 4);
     ASSERT_EQ(vd.colors.size(), m * 4);
@@ -249,6 +232,8 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
         EXPECT_EQ(vd.joints[4 * v + 1], x + 1);
         EXPECT_EQ(vd.weights[4 * v], 0.25f * float(x));
         EXPECT_EQ(vd.colors[4 * v], float(x));
+        EXPECT_EQ(vd.texCoords[0][2 * v], float(x));
+        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
         for (int k = 0; k < 3; ++k) {
             EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
             EXPECT_EQ(vd.normals[3 * v + k], before.normals[3 * x + k]);

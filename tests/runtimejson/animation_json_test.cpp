@@ -94,9 +94,7 @@ TEST(AnimationJson, ValuesShorterThanTimesDoNotReadPastTheKeys) {
     track.rotation = Channel(1, {0.5f}, {});  // one time, no value: the default stands
     animation.tracks.push_back(track);
     EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {{0, "root"}})),
-              R"({"animation":{"version":4,"name":"short","duration":0,"nodes":[{"name":"root",)"
-              R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":0.5,"p":[2,2,2]},)"
-              R"({"t":1,"p":[3,3,3]},{"t":2,"p":[3,3,3]}]}]}})");
+              Expected("animation_short_values"));
 }
 
 TEST(AnimationJson, NanKeyTimeDoesNotReadBeforeTheKeys) {
@@ -105,9 +103,7 @@ TEST(AnimationJson, NanKeyTimeDoesNotReadBeforeTheKeys) {
     AnimationTrack track;
     track.position = Channel(1, {std::numeric_limits<float>::quiet_NaN(), 1.0f}, {{1, 1, 1}, {2, 2, 2}});
     animation.tracks.push_back(track);
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {})),
-              R"({"animation":{"version":4,"name":"nan","duration":0,"nodes":[{"name":"missing",)"
-              R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":nan,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {})), Expected("animation_nan_time"));
 }
 
 TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLeftOut) {
@@ -126,8 +122,7 @@ TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLef
     take->tracks.push_back(moved);
     const std::string path = ScratchPath("animation_zero_byte.json");
     ASSERT_TRUE(WriteAnimationsJson(path, b.scene(), {"z"}, false));
-    EXPECT_EQ(ReadFileText(path), R"({"animation":{"version":4,"name":"z","duration":1,"nodes":[{"name":"a\u0000b",)"
-                                   R"("defaults":{"r":[0,0,0],"s":[0,0,0]},"keys":[{"t":0,"p":[1,1,1]},{"t":1,"p":[2,2,2]}]}]}})");
+    EXPECT_EQ(ReadFileText(path), Expected("animation_zero_byte_name"));
     std::remove(path.c_str());
 }
 
