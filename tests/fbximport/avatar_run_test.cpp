@@ -1,12 +1,13 @@
 // The tool from end to end on a small avatar file made with the project's FBX writer: the
-// model, metadata and scene metadata files against values worked out by hand. (The GLB of
-// such a run goes through the validator in animation_cli_test.cpp.)
+// model, metadata and scene metadata files against values worked out by hand, and the GLB
+// (with the spine's turn as a node transform) through the glTF validator.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "../driver/run_tool.h"
+#include "../gltf/write_test_support.h"
 #include "fbx_scene_document.h"
 #include "file_contents.h"
 #include "import_test_support.h"
@@ -108,6 +109,15 @@ TEST(AvatarRun, ModelAndMetadataFiles) {
     EXPECT_EQ(entities.Get("0").Get("parent").ToString(""), "-1");
     EXPECT_EQ(entities.Get("1").Get("name").ToString(""), "spine");
     EXPECT_EQ(entities.Get("1").Get("parent").ToString(""), "0");
+}
+
+TEST(AvatarRun, GlbIsValid) {
+    const std::string dir = ScratchDir("run_glb");
+    WriteSmallAvatar(dir);
+    const ToolRun run = RunTool({"-i", "avatar.fbx", "-o", "avatar.glb"}, dir);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    ExpectEndsWith(run.out, "Exporting...\nWriting avatar.glb...\nExport Complete!\n");
+    ExpectValidatorClean(dir + "/avatar.glb");
 }
 
 TEST(AvatarRun, FileWithoutGeoGroupEndsTheRun) {

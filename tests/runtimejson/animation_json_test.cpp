@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fstream>
 #include <limits>
+#include <map>
 
 #include "expected_file.h"
 #include "scene_builder.h"
@@ -85,25 +86,23 @@ TEST_F(AnimationFile, NoFileWithoutAMatchingTake) {
     EXPECT_FALSE(std::ifstream(path).good());
 }
 
-TEST(AnimationJson, ValuesShorterThanTimesDoNotReadPastTheKeys) {
+// One track of a take, written with its node names.
+std::string OneTrack(const char* name, const AnimationTrack& track, const std::map<uint64_t, std::string>& names) {
     Animation animation;
-    animation.name = "short";
-    AnimationTrack track;
-    track.nodeId = 0;
-    track.position = Channel(1, {0.0f, 1.0f, 2.0f}, {{1, 1, 1}, {3, 3, 3}});
-    track.rotation = Channel(1, {0.5f}, {});  // one time, no value: the default stands
+    animation.name = name;
     animation.tracks.push_back(track);
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {{0, "root"}})),
-              Expected("animation_short_values"));
+    return JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, names));
 }
 
-TEST(AnimationJson, NanKeyTimeDoesNotReadBeforeTheKeys) {
-    Animation animation;
-    animation.name = "nan";
-    AnimationTrack track;
-    track.position = Channel(1, {std::numeric_limits<float>::quiet_NaN(), 1.0f}, {{1, 1, 1}, {2, 2, 2}});
-    animation.tracks.push_back(track);
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildAnimationJson(animation, {})), Expected("animation_nan_time"));
+TEST(AnimationJson, KeysNeverReadOutsideTheirValues) {
+    AnimationTrack shortValues;
+    shortValues.nodeId = 0;
+    shortValues.position = Channel(1, {0.0f, 1.0f, 2.0f}, {{1, 1, 1}, {3, 3, 3}});
+    shortValues.rotation = Channel(1, {0.5f}, {});  // one time, no value: the default stands
+    EXPECT_EQ(OneTrack("short", shortValues, {{0, "root"}}), Expected("animation_short_values"));
+    AnimationTrack nanTime;
+    nanTime.position = Channel(1, {std::numeric_limits<float>::quiet_NaN(), 1.0f}, {{1, 1, 1}, {2, 2, 2}});
+    EXPECT_EQ(OneTrack("nan", nanTime, {}), Expected("animation_nan_time"));
 }
 
 TEST(AnimationJson, NodeNameWithAZeroByteIsWrittenWholeAndQuaternionTracksAreLeftOut) {

@@ -114,6 +114,18 @@ TEST_F(ModelMeshes, WholeCompactDocument) {
     EXPECT_EQ(text, ExpectedCompact("model_meshes_compact.json.txt"));
 }
 
+TEST_F(ModelMeshes, StreamedFileEqualsTheValueTree) {
+    for (bool pretty : {false, true}) {
+        const std::string path = ScratchPath("model_stream.json");
+        ::testing::internal::CaptureStdout();
+        ASSERT_TRUE(WriteModelJson(path, b.scene(), pretty));
+        const std::string tree = WriteText(BuildModelJson(b.scene()), pretty ? StandardFormat : NoFormat);
+        ::testing::internal::GetCapturedStdout();
+        EXPECT_EQ(ReadFileText(path), tree) << "pretty " << pretty;
+        std::remove(path.c_str());
+    }
+}
+
 TEST(ModelJson, ParentIndicesWrapAtSixteenBits) {
     SceneBuilder b;
     auto root = b.Root();

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -87,6 +88,9 @@ inline std::vector<TableRow> ReadTable(const std::string& path) {
     if (rows.empty()) throw std::runtime_error("no table rows in " + path);
     return rows;
 }
+
+// Rows print as their first field (ctest's test names show it).
+inline void PrintTo(const TableRow& row, std::ostream* out) { *out << row.Text(0); }
 
 // The first field as the name of a parameterised test.
 inline std::string RowName(const testing::TestParamInfo<TableRow>& info) { return info.param.Text(0); }
