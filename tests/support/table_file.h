@@ -14,6 +14,9 @@
 #include "file_contents.h"
 
 namespace testsupport {
+// Header-only, in a namespace of its own so that its names never meet those of
+// text_table.h at link time.
+inline namespace case_tables {
 
 class TableRow {
 public:
@@ -95,4 +98,5 @@ inline void PrintTo(const TableRow& row, std::ostream* out) { *out << row.Text(0
 // The first field as the name of a parameterised test.
 inline std::string RowName(const testing::TestParamInfo<TableRow>& info) { return info.param.Text(0); }
 
+}  // namespace case_tables
 }  // namespace testsupport
