@@ -6,6 +6,7 @@
 #include <set>
 
 #include "avatar/avatar_tables.h"
+#include "table_file.h"
 
 namespace {
 const std::vector<std::string>& Row(const std::string& group) { return MorphTransferTable.at(group).morphNames; }
@@ -18,15 +19,11 @@ TEST(AvatarTablesTest, RowsHoldDistinctNamesThatTheirSourceMeshCarries) {
     EXPECT_EQ(std::set<std::string_view>(BindJointNames.begin(), BindJointNames.end()).size(), 73u);
     EXPECT_EQ(std::set<std::string_view>(FacialAnchorJointNames.begin(), FacialAnchorJointNames.end()).size(), 4u);
     // Group order of the morph binding, and the rows: source mesh and number of names.
-    const std::tuple<const char*, const char*, size_t> rows[] = {
-        {"head", "head", 100},        {"facial_hair", "head", 43}, {"headMouth", "headMouth", 9},
-        {"brow", "brow", 16},         {"browring", "head", 17},    {"tonguering", "headMouth", 7},
-        {"eyelash", "eyelash", 76},   {"earring", "head", 1},      {"nosering", "head", 31},
-        {"mouthring", "head", 40},
-    };
-    ASSERT_EQ(MorphTransferTable.size(), std::size(rows));
-    for (size_t i = 0; i < std::size(rows); ++i) {
-        const auto& [group, source, count] = rows[i];
+    const std::vector<testsupport::TableRow> rows = testsupport::ReadTable(VURL_AVATAR_TEST_DATA "/avatar_tables.txt");
+    ASSERT_EQ(MorphTransferTable.size(), rows.size());
+    for (size_t i = 0; i < rows.size(); ++i) {
+        const std::string group = rows[i].Text(0), source = rows[i].Text(1);
+        const size_t count = size_t(rows[i].Int(2));
         SCOPED_TRACE(group);
         EXPECT_EQ(AccessoryGroupNames[i], group);
         const MorphTransferEntry& entry = MorphTransferTable.at(group);
@@ -58,16 +55,10 @@ TEST(AvatarTablesTest, OrdersAndDeliberateGapsStay) {
 }
 
 TEST(AvatarTablesTest, MorphNamesForGroupNarrowsOnlyTheRingPrefixes) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"earringRtragus1", "earring"},  {"browringLARing", "browring"},  // not brow
-        {"tongueringmid", "tonguering"}, {"mouthringbottomStudCenter", "mouthring"},
-        {"noseringseptum", "nosering"},  {"eyelash", "eyelash"},
-        {"universal_head_head", nullptr}, {"eyelashL", nullptr},  // eyelash does not narrow
-        {"Earring", nullptr},            {"earrin", nullptr},
-    };
-    for (const auto& [name, group] : cases) {
+    for (const testsupport::TableRow& row : testsupport::ReadTable(VURL_AVATAR_TEST_DATA "/group_prefixes.txt")) {
+        const std::string name = row.Text(0), group = row.Text(1);
         const std::vector<std::string>& names = MorphNamesForGroup(name);
-        if (group)
+        if (group != "none")
             EXPECT_EQ(&names, &Row(group)) << name;
         else
             EXPECT_TRUE(names.empty()) << name;

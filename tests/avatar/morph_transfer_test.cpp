@@ -12,46 +12,24 @@
 #include "fbx/fbx_anim.h"
 #include "fbx/fbx_deformer.h"
 #include "fbx/fbx_geometry.h"
-#include "fbx/fbx_manager.h"
-#include "fbx/fbx_node.h"
+#include "fbx_test_scene.h"
 
 namespace {
 
-class SourceDocument {
+// A document whose meshes carry blend shapes, one per list of channel names.
+class SourceDocument : public FbxTestScene {
 public:
-    SourceDocument() : manager_(FbxManager::Create()), scene_(FbxScene::Create(manager_, "My Scene")) {}
-    ~SourceDocument() { manager_->Destroy(); }
-    SourceDocument(const SourceDocument&) = delete;
-    SourceDocument& operator=(const SourceDocument&) = delete;
-
-    FbxScene* Scene() const { return scene_; }
-    FbxNode* Node(const std::string& name) const {
-        FbxNode* node = FbxNode::Create(scene_, name.c_str());
-        scene_->GetRootNode()->AddChild(node);
-        return node;
-    }
-    // A mesh on the node with one blend shape per list of channel names.
     FbxMesh* Mesh(FbxNode* node, const std::vector<std::vector<std::string>>& blendShapes) const {
-        FbxMesh* mesh = FbxMesh::Create(scene_, "");
+        FbxMesh* mesh = FbxMesh::Create(Scene(), "");
         node->SetNodeAttribute(mesh);
         for (const std::vector<std::string>& channels : blendShapes) {
-            FbxBlendShape* blendShape = FbxBlendShape::Create(scene_, "");
+            FbxBlendShape* blendShape = FbxBlendShape::Create(Scene(), "");
             mesh->ConnectSrcObject(blendShape);
             for (const std::string& name : channels)
-                blendShape->ConnectSrcObject(FbxBlendShapeChannel::Create(scene_, name.c_str()));
+                blendShape->ConnectSrcObject(FbxBlendShapeChannel::Create(Scene(), name.c_str()));
         }
         return mesh;
     }
-    FbxAnimLayer* Stack() const {
-        FbxAnimStack* stack = FbxAnimStack::Create(scene_, "take");
-        FbxAnimLayer* layer = FbxAnimLayer::Create(scene_, "base");
-        stack->ConnectSrcObject(layer);
-        return layer;
-    }
-
-private:
-    FbxManager* manager_;
-    FbxScene* scene_;
 };
 
 std::vector<std::string> Keys(const ChannelCurves& channels) {
@@ -62,7 +40,7 @@ std::vector<std::string> Keys(const ChannelCurves& channels) {
 
 TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
     SourceDocument doc;
-    FbxAnimLayer* layer = doc.Stack();
+    FbxAnimLayer* layer = doc.AddStack("take");
     FbxMesh* head = doc.Mesh(doc.Node("C_head_GEO"),
                              {{"blendShape1.ai_jawOpen", "ai_noseSneer_L", "a.b.c"}, {"second.ai_jawOpen"}});
     doc.Mesh(doc.Node("universal_head_eyelash_GEO"), {{"x.ai_eyeIrisUp_L"}});  // no C_ prefix
@@ -99,7 +77,7 @@ TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
 
 TEST(CollectSourceChannels, ALaterMeshOfTheSameNameReplacesTheMapInItsPlace) {
     SourceDocument doc;
-    doc.Stack();
+    doc.AddStack("take");
     doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
     doc.Mesh(doc.Node("C_brow_GEO"), {{"s.ai_browUp_L"}});
     doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_mouthLeft"}});

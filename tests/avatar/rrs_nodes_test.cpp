@@ -1,21 +1,21 @@
 // The resource file beside the executable: where it is looked up, the first fault it
-// reports, and how array elements become names.
+// reports, and how array elements become names (cases in data/rrs_nodes.txt).
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <set>
-
 
 #include "avatar/rrs_nodes.h"
 #include "scratch_folder.h"
+#include "table_file.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 void WriteText(const fs::path& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
 std::set<std::string> Sorted(const std::unordered_set<std::string>& names) { return {names.begin(), names.end()}; }
+std::set<std::string> Sorted(const std::vector<std::string>& names) { return {names.begin(), names.end()}; }
 }  // namespace
 
 // One test walks every case: they all rewrite the one file beside the test executable.
@@ -30,47 +30,19 @@ TEST(RrsNodesTest, LoadsFromTheExecutableFolderAndReportsTheFirstFault) {
     const fs::path oldCwd = fs::current_path();
     fs::current_path(elsewhere);
 
-    const std::string invalid = "Invalid rrs nodes json file\n", ignoreMissing = "ignore_node_keys not found in json\n",
-                      ignoreBad = "ignore_node_keys not valid in json\n",
-                      inheritMissing = "inherit_rrs_nodes not found in json\n",
-                      inheritBad = "inherit_rrs_nodes not valid in json\n";
-    struct Row {
-        std::optional<std::string> content;  // none: no file at all
-        std::string err;
-        std::set<std::string> ignore, inherit;
-    };
-    const Row rows[] = {
-        {std::nullopt, invalid, {}, {}},
-        {"", invalid, {}, {}},
-        {R"({"ignore_node_keys": [1,]})", invalid, {}, {}},  // extra comma in array
-        {"[[], []]", ignoreMissing, {}, {}},
-        {R"({"inherit_rrs_nodes": []})", ignoreMissing, {}, {}},
-        {R"({"ignore_node_keys": {}})", ignoreBad, {}, {}},
-        {R"({"ignore_node_keys": "a", "inherit_rrs_nodes": 1})", ignoreBad, {}, {}},  // first fault only
-        {R"({"ignore_node_keys": []})", inheritMissing, {}, {}},
-        {R"({"ignore_node_keys": [], "inherit_rrs_nodes": 3})", inheritBad, {}, {}},
-        {R"({"ignore_node_keys": [], "inherit_rrs_nodes": []})", "", {}, {}},
-        // Scalars as written, null as "null", containers as the empty name; duplicates once;
-        // unknown members ignored; of a doubled member the first counts.
-        {R"({"ignore_node_keys": ["root", 5, null, TRUE, [1], {"k": 1}, "root", "a\/b"],
-             "inherit_rrs_nodes": ["C_head_GEO", -1.50], "extra": 1, "inherit_rrs_nodes": ["late"]})",
-         "",
-         {"root", "5", "null", "true", "", "a/b"},
-         {"C_head_GEO", "-1.50"}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.content.value_or("no file"));
+    for (const testsupport::TableRow& row : testsupport::ReadTable(VURL_AVATAR_TEST_DATA "/rrs_nodes.txt")) {
+        SCOPED_TRACE(row.Text(0));
         fs::remove(file);
-        if (row.content) WriteText(file, *row.content);
+        if (row.Text(1) != "<none>") WriteText(file, row.Text(1));
         RrsNodeSets sets;
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         const bool ok = LoadRrsNodes(sets);
         EXPECT_EQ(testing::internal::GetCapturedStdout(), "Path to rrs nodes json file: " + file.string() + "\n");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), row.err);
-        EXPECT_EQ(ok, row.err.empty());
-        EXPECT_EQ(Sorted(sets.ignoreNodeKeys), row.ignore);
-        EXPECT_EQ(Sorted(sets.inheritRrsNodes), row.inherit);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), row.Text(2));
+        EXPECT_EQ(ok, row.Text(2).empty());
+        EXPECT_EQ(Sorted(sets.ignoreNodeKeys), Sorted(row.Items(3)));
+        EXPECT_EQ(Sorted(sets.inheritRrsNodes), Sorted(row.Items(4)));
     }
 
     // The file the build puts beside the tool loads cleanly.

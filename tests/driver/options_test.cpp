@@ -4,61 +4,43 @@
 
 #include "driver/format_registry.h"
 #include "driver/options.h"
+#include "table_file.h"
 
-TEST(OptionLookup, ValueFollowsFirstLongThenShortOccurrence) {
-    std::string s = "untouched";
-    GetStringOption(s, {"-a", "x"}, "--model", "-m");
-    EXPECT_EQ(s, "untouched");
-    GetStringOption(s, {"-m", "short", "--model", "long", "--model", "second"}, "--model", "-m");
-    EXPECT_EQ(s, "long");
-    // Long name standing last falls back to the short name.
-    GetStringOption(s, {"-m", "short", "--model"}, "--model", "-m");
-    EXPECT_EQ(s, "short");
-    GetStringOption(s, {"-m"}, "--model", "-m");
-    EXPECT_EQ(s, "");
-    // A value is whatever token comes next, even an option.
-    GetStringOption(s, {"-m", "-a", "x"}, "--model", "-m");
-    EXPECT_EQ(s, "-a");
-    EXPECT_FALSE(HasOption({"--MODEL", "-M", "-mm"}, "--model", "-m"));
-}
+class OptionLookupTest : public testing::TestWithParam<testsupport::TableRow> {};
 
-TEST(OptionLookup, BoolNeedsLiteralTrue) {
-    bool b = true;
-    GetBoolOption(b, {"-p"}, "--pretty-print", "-p");
-    EXPECT_FALSE(b);
-    b = false;
-    GetBoolOption(b, {"-p", "true"}, "--pretty-print", "-p");
-    EXPECT_TRUE(b);
-    for (const char* text : {"1", "TRUE", "True", "yes", "true "}) {
-        GetBoolOption(b, {"-c", text}, "--convert-cameras", "-c");
-        EXPECT_FALSE(b) << text;
+TEST_P(OptionLookupTest, ReadsTheValueAsTheToolDoes) {
+    const testsupport::TableRow& c = GetParam();
+    const std::vector<std::string> args = c.Items(2);
+    const std::string kind = c.Text(1), longName = c.Text(3), shortName = c.Text(4), expected = c.Text(6);
+    if (kind == "string") {
+        std::string s = c.Text(5);
+        GetStringOption(s, args, longName, shortName);
+        EXPECT_EQ(s, expected);
+    } else if (kind == "has") {
+        EXPECT_EQ(HasOption(args, longName, shortName), expected == "true");
+    } else if (kind == "bool") {
+        bool b = c.Text(5) == "true";
+        GetBoolOption(b, args, longName, shortName);
+        EXPECT_EQ(b, expected == "true");
+    } else if (kind == "int") {
+        int32_t i = c.Int(5);
+        GetIntOption(i, args, longName, shortName);
+        EXPECT_EQ(i, c.Int(6));
+    } else {
+        float f = c.Float(5);
+        if (expected == "invalid_argument") {
+            EXPECT_THROW(GetFloatOption(f, args, longName, shortName), std::invalid_argument);
+        } else if (expected == "out_of_range") {
+            EXPECT_THROW(GetFloatOption(f, args, longName, shortName), std::out_of_range);
+        } else {
+            GetFloatOption(f, args, longName, shortName);
+            EXPECT_EQ(f, c.Float(6));
+        }
     }
-    b = true;
-    GetBoolOption(b, {"-x"}, "--convert-cameras", "-c");
-    EXPECT_TRUE(b);  // absent: untouched
 }
 
-TEST(OptionLookup, NumbersParseLikeTheCLibrary) {
-    int32_t i = 5;
-    GetIntOption(i, {"--draco-position-bits", "abc"}, "--draco-position-bits", "");
-    EXPECT_EQ(i, 0);
-    GetIntOption(i, {"--draco-position-bits", " 12abc"}, "--draco-position-bits", "");
-    EXPECT_EQ(i, 12);
-    GetIntOption(i, {"--draco-position-bits", "-7"}, "--draco-position-bits", "");
-    EXPECT_EQ(i, -7);
-    // The empty short name matches an empty token, and the value after it is taken.
-    i = 3;
-    GetIntOption(i, {"-i", "", "9"}, "--draco-position-bits", "");
-    EXPECT_EQ(i, 9);
-
-    float f = 2.0f;
-    GetFloatOption(f, {"-s"}, "--animation-start", "-s");
-    EXPECT_EQ(f, 0.0f);
-    GetFloatOption(f, {"-s", "1.5xyz"}, "--animation-start", "-s");
-    EXPECT_EQ(f, 1.5f);
-    EXPECT_THROW(GetFloatOption(f, {"-s", "abc"}, "--animation-start", "-s"), std::invalid_argument);
-    EXPECT_THROW(GetFloatOption(f, {"-s", "1e60"}, "--animation-start", "-s"), std::out_of_range);
-}
+INSTANTIATE_TEST_SUITE_P(Options, OptionLookupTest,
+                         testing::ValuesIn(testsupport::ReadTable(VURL_TEST_DATA "/options.txt")), testsupport::RowName);
 
 namespace {
 struct Recorder {

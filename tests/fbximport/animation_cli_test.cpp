@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fbx_scene_document.h"
+#include "import_test_support.h"
 #include "file_contents.h"
 #include "json/json.h"
 #include "run_tool.h"
@@ -58,11 +59,9 @@ SceneDocument Avatar(bool late) {
 }
 
 std::string ExpectedCompact(const std::string& name) {
-    std::string text = testsupport::ReadFileText(std::string(VURL_FBXIMPORT_EXPECTED_DIR) + "/" + name);
-    std::string out;
-    for (char c : text)
-        if (c != '\n') out += c;
-    return out;
+    std::string text = testsupport::ReadFileText(std::string(VURL_TEST_DATA_DIR) + "/" + name);
+    std::erase(text, '\n');
+    return text;
 }
 
 // The parts of a written GLB the checks need: its JSON and the floats behind an accessor.
@@ -117,38 +116,29 @@ void ExpectNear(const std::vector<float>& actual, const std::vector<float>& expe
     for (size_t k = 0; k < actual.size(); ++k) EXPECT_NEAR(actual[k], expected[k], 2e-6f) << what << " " << k;
 }
 
-struct OptionCase {
-    const char* label;
-    std::vector<std::string> options;
-    const char* expectedJson;
-    size_t quatKeys;
-    const char* scaleInterpolation;
-    size_t scaleOutputs;
-    // The earring slots' one column, ai_jawOpen, in output units.
-    std::vector<float> earringTimes, earringWeights;
-};
-
-class AnimationOptions : public testing::TestWithParam<OptionCase> {};
+class AnimationOptions : public testing::TestWithParam<testsupport::TableRow> {};
 
 TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
-    const OptionCase& c = GetParam();
-    const testsupport::ScratchFolder folder(std::string("anim-") + c.label);
+    const testsupport::TableRow& c = GetParam();
+    const std::vector<std::string> options = c.Items(1);
+    const std::vector<float> earringTimes = c.Floats(6);
+    const testsupport::ScratchFolder folder("anim-" + c.Text(0));
     const std::string dir = folder.Path().string();
     ASSERT_TRUE(fbxwriter::SaveFile(dir + "/avatar.fbx", Avatar(false).Bytes()));
 
     std::vector<std::string> json = {"-i", "avatar.fbx", "-a", "anim.json"};
-    json.insert(json.end(), c.options.begin(), c.options.end());
+    json.insert(json.end(), options.begin(), options.end());
     const ToolRun jsonRun = RunTool(json, dir);
     ASSERT_EQ(jsonRun.exitCode, 0) << jsonRun.err;
-    EXPECT_EQ(testsupport::ReadFileText(dir + "/anim.json"), ExpectedCompact(c.expectedJson));
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/anim.json"), ExpectedCompact(c.Text(2)));
 
     std::vector<std::string> glb = {"-i", "avatar.fbx", "-o", "out.glb"};
-    glb.insert(glb.end(), c.options.begin(), c.options.end());
+    glb.insert(glb.end(), options.begin(), options.end());
     const ToolRun glbRun = RunTool(glb, dir);
     ASSERT_EQ(glbRun.exitCode, 0) << glbRun.err;
     // Keys before the user start keep their negative times, which glTF does not allow.
     std::vector<std::string> allowed;
-    if (c.earringTimes.front() < 0.0f) {
+    if (earringTimes.front() < 0.0f) {
         allowed = {"ACCESSOR_ANIMATION_INPUT_NEGATIVE@/animations/*/samplers/*/input",
                    "ACCESSOR_ANIMATION_INPUT_NON_INCREASING@/animations/*/samplers/*/input"};
     }
@@ -160,50 +150,21 @@ TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
     ASSERT_GE(jnt, 0);
     const JsonValue rotation = file.Sampler(jnt, "rotation");
     ASSERT_FALSE(rotation.IsNullHandle());
-    EXPECT_EQ(file.Floats(rotation.Get("input")).size(), c.quatKeys);
+    EXPECT_EQ(file.Floats(rotation.Get("input")).size(), size_t(c.Int(3)));
     const JsonValue scale = file.Sampler(jnt, "scale");
     ASSERT_FALSE(scale.IsNullHandle());
-    EXPECT_EQ(scale.Get("interpolation").Text(), c.scaleInterpolation);
-    EXPECT_EQ(file.Floats(scale.Get("output")).size(), c.scaleOutputs);
+    EXPECT_EQ(scale.Get("interpolation").Text(), c.Text(4));
+    EXPECT_EQ(file.Floats(scale.Get("output")).size(), size_t(c.Int(5)));
 
     for (const char* slot : {"C_earringLlobe1_GEO", "C_earringRhearingAid_GEO"}) {
         const JsonValue weights = file.Sampler(file.NodeIndex(slot), "weights");
         ASSERT_FALSE(weights.IsNullHandle()) << slot;
-        ExpectNear(file.Floats(weights.Get("input")), c.earringTimes, "times");
-        ExpectNear(file.Floats(weights.Get("output")), c.earringWeights, "weights");
+        ExpectNear(file.Floats(weights.Get("input")), earringTimes, "times");
+        ExpectNear(file.Floats(weights.Get("output")), c.Floats(7), "weights");
     }
 }
 
-// Hand derivations (the take runs 0..2 s unless clipped):
-// - rotation as quaternions: 0, 45, 90 degrees about y; the middle one misses the blend of
-//   its neighbours by cos 22.5 - (1 + cos 45)/2 = 0.92388 - 0.85355 = 0.07033 in w, so a
-//   rotation threshold of 0.05 (-y 5) keeps it and 0.1 (-y 10) or 0.5 (-t 50) drops it.
-// - scale: flat cubic tangents fall back to linear with -b; with -k 0.5 the sample at 1.5 s
-//   lies inside a key interval, where the slope is (1 - 2) * 1.5 = -1.5 a second: cubic,
-//   three keys of in-tangent, value and out-tangent.
-// - the earring's ai_jawOpen: 0, 100, 50 at 0, 1, 2 s, times 0.01.
-INSTANTIATE_TEST_SUITE_P(
-    Cli, AnimationOptions,
-    testing::Values(
-        OptionCase{"defaults", {}, "anim_defaults.json.txt", 3, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        OptionCase{"b_true", {"-b", "true"}, "anim_defaults.json.txt", 3, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        OptionCase{"s1_e2", {"-s", "1", "-e", "2"}, "anim_s1_e2.json.txt", 3, "LINEAR", 9, {-1, 0, 1}, {0, 1, 0.5f}},
-        // Samples at 1, 1.5, 2 s: the jaw at 100, 75, 50.
-        OptionCase{"s1_e2_k05", {"-s", "1", "-e", "2", "-k", "0.5"}, "anim_s1_e2_k05.json.txt", 3, "LINEAR", 9,
-                   {0, 0.5f, 1}, {1, 0.75f, 0.5f}},
-        // Eight samples; the jaw at 0, 30, 60, 90, 90, 75, 60, 50.
-        OptionCase{"k03", {"-k", "0.3"}, "anim_k03.json.txt", 8, "LINEAR", 24,
-                   {0, 0.3f, 0.6f, 0.9f, 1.2f, 1.5f, 1.8f, 2}, {0, 0.3f, 0.6f, 0.9f, 0.9f, 0.75f, 0.6f, 0.5f}},
-        OptionCase{"t50", {"-t", "50"}, "anim_t50.json.txt", 2, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        // -y after -t: rotation is not thinned, position and scale are.
-        OptionCase{"t50_y0", {"-y", "0", "-t", "50"}, "anim_t50.json.txt", 3, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        // The Euler channel loses its middle key either way; the JSON reads it back on the line.
-        OptionCase{"y5", {"-y", "5"}, "anim_defaults.json.txt", 3, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        OptionCase{"y10", {"-y", "10"}, "anim_defaults.json.txt", 2, "LINEAR", 9, {0, 1, 2}, {0, 1, 0.5f}},
-        // The cubic scale is written as its default at every key of the JSON file.
-        OptionCase{"combined", {"-s", "1", "-e", "2", "-k", "0.5", "-b", "true", "-t", "50"}, "anim_combined.json.txt",
-                   2, "CUBICSPLINE", 27, {0, 0.5f, 1}, {1, 0.75f, 0.5f}}),
-    [](const testing::TestParamInfo<OptionCase>& row) { return std::string(row.param.label); });
+INSTANTIATE_TEST_SUITE_P(Cli, AnimationOptions, testing::ValuesIn(Table("animation_options.txt")), RowName);
 
 TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
     const testsupport::ScratchFolder folder("anim-channels");

@@ -3,7 +3,7 @@
 // option, duplicate take names, and the slots' weight tracks.
 #include <gtest/gtest.h>
 
-#include "anim_test_support.h"
+#include "import_test_support.h"
 #include "avatar/placeholder.h"
 #include "fbximport/animation_extraction.h"
 
@@ -117,21 +117,11 @@ TEST(ExtractAnimations, CompensationTracksComeFirstAndCancelTheParentScale) {
     EXPECT_TRUE(take->tracks[3].scale.times.empty());
 }
 
-struct ThinningCase {
-    const char* label;
-    float position, rotation, scale;
-    std::vector<float> positionTimes, rotationTimes, quatTimes, scaleTimes;
-};
+class ThinningOptionsTest : public testing::TestWithParam<testsupport::TableRow> {};
 
-class ThinningOptionsTest : public testing::TestWithParam<ThinningCase> {};
-
-// Position x 0, 1, 2.2, 3 at 0..3 s, y -3: the spread of all components is 6. The line
-// 0..3 misses key 2 by 0.2; then 0..2.2 misses key 1 by 0.1. Rotation x 0, 20, 40: on the
-// Euler line; as quaternions (sin 10, 0, 0, cos 10) misses the blend of its neighbours by
-// cos 10 - (1 + cos 20)/2 = 0.01496. Scale x 1, 1.5, 2.1 with y 0.5: spread 1.6; the line
-// misses key 1 by 0.05.
+// Cases and their derivation in data/thinning_options.txt.
 TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
-    const ThinningCase& c = GetParam();
+    const testsupport::TableRow& c = GetParam();
     Extraction x;
     FbxNode* a = x.doc.Node("a");
     FbxAnimLayer* layer = AddStack(x.doc, "take");
@@ -140,31 +130,19 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
     Animate(a->LclTranslation, layer, "X", {{0, 0.0f}, {1, 1.0f}, {2, 2.2f}, {3, 3.0f}});
     Animate(a->LclRotation, layer, "X", {{0, 0.0f}, {1, 20.0f}, {2, 40.0f}});
     Animate(a->LclScaling, layer, "X", {{0, 1.0f}, {1, 1.5f}, {2, 2.1f}});
-    x.options.positionTolerance = c.position;
-    x.options.rotationTolerance = c.rotation;
-    x.options.scaleTolerance = c.scale;
+    x.options.positionTolerance = c.Float(1);
+    x.options.rotationTolerance = c.Float(2);
+    x.options.scaleTolerance = c.Float(3);
     x.Run();
     ASSERT_NE(x.Take("take"), nullptr);
     const AnimationTrack& t = x.Take("take")->tracks.at(0);
-    EXPECT_EQ(t.position.times, c.positionTimes);
-    EXPECT_EQ(t.rotation.times, c.rotationTimes);
-    EXPECT_EQ(t.rotationQuat.times, c.quatTimes);
-    EXPECT_EQ(t.scale.times, c.scaleTimes);
+    EXPECT_EQ(t.position.times, c.Floats(4));
+    EXPECT_EQ(t.rotation.times, c.Floats(5));
+    EXPECT_EQ(t.rotationQuat.times, c.Floats(6));
+    EXPECT_EQ(t.scale.times, c.Floats(7));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Extraction, ThinningOptionsTest,
-    testing::Values(ThinningCase{"negative", -5, -5, -5, {0, 1, 2, 3}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}},
-                    // 6 * 5 / 100 = 0.3 drops both inner keys; 0.12 keeps key 2.
-                    ThinningCase{"x5", 5, 0, 0, {0, 3}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}},
-                    ThinningCase{"x2", 2, 0, 0, {0, 2, 3}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}},
-                    // 0.01 thins the Euler channel only, 0.02 both.
-                    ThinningCase{"y1", 0, 1, 0, {0, 1, 2, 3}, {0, 2}, {0, 1, 2}, {0, 1, 2}},
-                    ThinningCase{"y2", 0, 2, 0, {0, 1, 2, 3}, {0, 2}, {0, 2}, {0, 1, 2}},
-                    // 1.6 * 4 / 100 = 0.064 drops key 1; 0.048 keeps it.
-                    ThinningCase{"z4", 0, 0, 4, {0, 1, 2, 3}, {0, 1, 2}, {0, 1, 2}, {0, 2}},
-                    ThinningCase{"z3", 0, 0, 3, {0, 1, 2, 3}, {0, 1, 2}, {0, 1, 2}, {0, 1, 2}}),
-    [](const testing::TestParamInfo<ThinningCase>& row) { return std::string(row.param.label); });
+INSTANTIATE_TEST_SUITE_P(Extraction, ThinningOptionsTest, testing::ValuesIn(Table("thinning_options.txt")), RowName);
 
 TEST(ExtractAnimations, ASecondTakeOfAKnownNameIsReportedAndDropped) {
     Extraction x;

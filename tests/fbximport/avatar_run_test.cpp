@@ -1,6 +1,6 @@
 // The tool from end to end on a small avatar file made with the project's FBX writer: the
 // model, metadata and scene metadata files against values worked out by hand, and the GLB
-// through the glTF validator.
+// (with the spine's turn as a node transform) through the glTF validator.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -32,7 +32,7 @@ std::string WriteSmallAvatar(const std::string& dir) {
     const int64_t head = doc.AddNode("C_head_GEO", headGroup, "Mesh");
     doc.AddMesh(head);
     const std::string path = dir + "/avatar.fbx";
-    EXPECT_TRUE(WriteBytes(path, doc.Bytes()));
+    EXPECT_TRUE(fbxwriter::SaveFile(path, doc.Bytes()));
     return path;
 }
 
@@ -124,7 +124,7 @@ TEST(AvatarRun, FileWithoutGeoGroupEndsTheRun) {
     const std::string dir = ScratchDir("run_nogeo");
     fbxwriter::SceneDocument doc;
     doc.AddNode("rig");
-    ASSERT_TRUE(WriteBytes(dir + "/rig.fbx", doc.Bytes()));
+    ASSERT_TRUE(fbxwriter::SaveFile(dir + "/rig.fbx", doc.Bytes()));
     const ToolRun run = RunTool({"-i", "rig.fbx", "-m", "model.json"}, dir);
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.err, "ERROR: Couldn't find 'geo_GRP' node?\n");

@@ -1,51 +1,80 @@
-// Helpers of the FBX import tests: documents built in memory, fixture files written with the
-// project's FBX writer, captured console output.
+// Helpers of the FBX import tests: documents and animated curves built in memory, scratch
+// folders for the fixture files written with the project's FBX writer.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <cmath>
+#include <filesystem>
 #include <string>
 #include <vector>
 
-#include "fbx/fbx_document.h"
-#include "fbx/fbx_manager.h"
-#include "fbx/fbx_node.h"
+#include "fbx_test_scene.h"
 #include "scene/math.h"
-
-// A manager with one scene, destroyed with everything in it at the end of the test.
-class FbxTestScene {
-public:
-    FbxTestScene() : manager_(FbxManager::Create()), scene_(FbxScene::Create(manager_, "My Scene")) {}
-    ~FbxTestScene() { manager_->Destroy(); }
-    FbxTestScene(const FbxTestScene&) = delete;
-    FbxTestScene& operator=(const FbxTestScene&) = delete;
-
-    FbxScene* Scene() const { return scene_; }
-    FbxNode* Root() const { return scene_->GetRootNode(); }
-    // A node named `name` appended to parent's children (the root's when null).
-    FbxNode* Node(const std::string& name, FbxNode* parent = nullptr) const {
-        FbxNode* node = FbxNode::Create(scene_, name.c_str());
-        (parent ? parent : Root())->AddChild(node);
-        return node;
-    }
-
-private:
-    FbxManager* manager_;
-    FbxScene* scene_;
-};
+#include "scratch_folder.h"
+#include "table_file.h"
 
 // A folder of its own in the test process's scratch folder, made empty.
-std::string ScratchDir(const std::string& label);
-bool WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes);
+inline std::string ScratchDir(const std::string& label) {
+    const std::filesystem::path dir = testsupport::ProcessScratchFolder().Path() / label;
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    return dir.string();
+}
+
+inline std::vector<testsupport::TableRow> Table(const std::string& name) {
+    return testsupport::ReadTable(std::string(VURL_TEST_DATA_DIR) + "/" + name);
+}
+using testsupport::RowName;
 
 inline void ExpectVec3(const Vec3& v, float x, float y, float z) {
     EXPECT_FLOAT_EQ(v.x, x);
     EXPECT_FLOAT_EQ(v.y, y);
     EXPECT_FLOAT_EQ(v.z, z);
 }
+inline void ExpectVec3(const Vec3& v, const std::vector<float>& xyz) { ExpectVec3(v, xyz.at(0), xyz.at(1), xyz.at(2)); }
 
-// Rows of axis images and the translation in row 3, as Mat4 keeps them.
-inline void ExpectMatrixNear(const Mat4& m, const float (&expected)[16], float tolerance = 1e-6f) {
-    for (int k = 0; k < 16; ++k) EXPECT_NEAR(m[k], expected[k], tolerance) << "element " << k;
+// -- Animated documents: stacks with their base layer, curves with keys on node properties.
+
+struct TestKey {
+    double seconds;
+    float value;
+};
+
+inline FbxTime Seconds(double seconds) {
+    return FbxTime(static_cast<FbxLongLong>(std::llround(seconds * double(FbxTime::kTicksPerSecond))));
+}
+
+inline FbxAnimLayer* AddStack(FbxTestScene& doc, const std::string& name) { return doc.AddStack(name); }
+
+// Keys on a fresh curve of the channel ("X", "Y", "Z") of a node property on a layer, all
+// with one interpolation (4 linear by default; 8 cubic keys get user tangents of slope 0).
+inline FbxAnimCurve* Animate(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
+                             const std::vector<TestKey>& keys, int interpolation = 4) {
+    FbxAnimCurve* curve = property.GetCurve(layer, property.GetName(), channel, true);
+    for (const TestKey& key : keys) {
+        const int index = curve->KeyAdd(Seconds(key.seconds));
+        curve->KeySetValue(index, key.value);
+        curve->KeySetInterpolation(index, interpolation);
+        curve->KeySetTangentMode(index, interpolation == 8 ? 0x400 : 0);
+    }
+    return curve;
+}
+
+inline std::vector<float> Xs(const std::vector<Vec3>& values) {
+    std::vector<float> xs;
+    for (const Vec3& v : values) xs.push_back(v.x);
+    return xs;
+}
+
+// A channel with keys at 0, 1, 2... s whose x components are `xs`.
+template <typename Channel>
+Channel XChannel(int interpolation, const std::vector<float>& xs) {
+    Channel channel;
+    channel.interpolation = interpolation;
+    for (size_t k = 0; k < xs.size(); ++k) {
+        channel.times.push_back(float(k));
+        channel.values.push_back({xs[k], 0.0f, 0.0f});
+    }
+    return channel;
 }

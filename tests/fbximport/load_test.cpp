@@ -68,7 +68,7 @@ SceneDocument SmallAvatar(double unitCentimetres) {
 
 std::string Fixture(const std::string& label, const std::string& name, const std::vector<uint8_t>& bytes) {
     const std::string path = ScratchDir(label) + "/" + name;
-    EXPECT_TRUE(WriteBytes(path, bytes));
+    EXPECT_TRUE(fbxwriter::SaveFile(path, bytes));
     return path;
 }
 
@@ -102,25 +102,17 @@ const GraphNode* Find(const GraphNode* node, const std::string& name) {
     return nullptr;
 }
 
-struct UnitCase {
-    const char* label;
-    double unit;
-    std::string unitLine;     // "Scene unit scale factor: ..."
-    std::string appliedLine;  // "Unit scale applied: ...", after the channel bindings
-    bool nodeLines;
-};
-
-class LoadTranscriptTest : public testing::TestWithParam<UnitCase> {};
+class LoadTranscriptTest : public testing::TestWithParam<testsupport::TableRow> {};
 
 TEST_P(LoadTranscriptTest, ByteForByte) {
-    const UnitCase& c = GetParam();
-    const std::string path = Fixture(std::string("units_") + c.label, "avatar.fbx", SmallAvatar(c.unit).Bytes());
+    const testsupport::TableRow& c = GetParam();
+    const std::string path = Fixture("units_" + c.Text(0), "avatar.fbx", SmallAvatar(std::stod(c.Text(1))).Bytes());
     const Load load = LoadCaptured(path);
     ASSERT_NE(load.scene, nullptr);
     EXPECT_EQ(load.before, kBanner + kReaderVersion + "FBX file format version for file '" + path +
                                "' is 7.4.0\n\nImporting FBX...\n");
-    std::string expected = "Import Complete!\n" + c.unitLine + RrsPathLine() + UnboundGroupLines() + c.appliedLine;
-    if (c.nodeLines) {
+    std::string expected = "Import Complete!\n" + c.Text(2) + RrsPathLine() + UnboundGroupLines() + c.Text(3);
+    if (c.Int(4)) {
         // Every node of the finished tree, breadth first: the root, rig, geo_GRP, spine,
         // dup, dup.001, the 10 group nodes, the 62 slots; 78 in all.
         std::vector<const GraphNode*> queue{load.scene->root};
@@ -134,20 +126,7 @@ TEST_P(LoadTranscriptTest, ByteForByte) {
     EXPECT_EQ(load.after, expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Units, LoadTranscriptTest,
-    testing::Values(
-        // Metres: no conversion, and the unit pass has nothing to print.
-        UnitCase{"Metres", 100.0, "Scene unit scale factor: 100.000000. is cm: 0\n", "", false},
-        // Centimetres: 0.01 on the root starts stage two.
-        UnitCase{"Centimetres", 1.0,
-                 "Scene unit scale factor: 1.000000. is cm: 1\n", "Unit scale applied: 0.010000\n",
-                 true},
-        // Inches: 2.54 * 0.01 is not 0.01, stage one only.
-        UnitCase{"Inches", 2.54,
-                 "Scene unit scale factor: 2.540000. is cm: 0\n", "Unit scale applied: 0.025400\n",
-                 false}),
-    [](const testing::TestParamInfo<UnitCase>& row) { return row.param.label; });
+INSTANTIATE_TEST_SUITE_P(Units, LoadTranscriptTest, testing::ValuesIn(Table("load_units.txt")), RowName);
 
 TEST(FbxLoad, StepsOfThePreparation) {
     SceneDocument doc = SmallAvatar(100.0);

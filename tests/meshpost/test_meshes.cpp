@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 MeshInstance* MakeInstance(Scene& scene, VertexData data, std::vector<uint32_t> indices) {
     MeshInstance* mi = testsupport::New<MeshInstance>(scene);
@@ -123,4 +124,36 @@ Mat4 ScaleMatrix(float sx, float sy, float sz) {
     m(1, 1) = sy;
     m(2, 2) = sz;
     return m;
+}
+
+namespace {
+
+// The largest difference of the two triangles' corners (b's rotated by `rot`).
+double CornerMismatch(const VertexData& a, const uint32_t* at, const VertexData& b, const uint32_t* bt, int rot,
+                      double posTol, int uvSet, double uvTol) {
+    double worst = 0;
+    for (int k = 0; k < 3; ++k) {
+        const size_t i = at[k], j = bt[(k + rot) % 3];
+        for (size_t c = 0; c < 3; ++c)
+            worst = std::max(worst, std::fabs(double(a.positions[3 * i + c]) - b.positions[3 * j + c]) / posTol);
+        for (size_t c = 0; uvSet >= 0 && c < 2; ++c)
+            worst = std::max(worst, std::fabs(double(a.texCoords[uvSet][2 * i + c]) - b.texCoords[uvSet][2 * j + c]) / uvTol);
+    }
+    return worst;
+}
+
+}  // namespace
+
+double TriangleMismatch(const VertexData& a, const std::vector<uint32_t>& aIndices, const VertexData& b,
+                        const std::vector<uint32_t>& bIndices, double posTol, int uvSet, double uvTol) {
+    if (aIndices.size() != bIndices.size()) return std::numeric_limits<double>::infinity();
+    double worst = 0;
+    for (size_t t = 0; t + 2 < bIndices.size(); t += 3) {
+        double best = std::numeric_limits<double>::infinity();
+        for (size_t s = 0; s + 2 < aIndices.size(); s += 3)
+            for (int rot = 0; rot < 3; ++rot)
+                best = std::min(best, CornerMismatch(a, &aIndices[s], b, &bIndices[t], rot, posTol, uvSet, uvTol));
+        worst = std::max(worst, best);
+    }
+    return worst;
 }

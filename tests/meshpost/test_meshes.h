@@ -29,3 +29,10 @@ size_t OverlappingTexels(const std::vector<const std::vector<float>*>& uvSets,
                          const std::vector<const std::vector<uint32_t>*>& indexLists, uint32_t w, uint32_t h);
 
 Mat4 ScaleMatrix(float sx, float sy, float sz);
+
+// How far the triangles of b are from those of a, in any order, corners in the same cyclic
+// order: over b's triangles, the best match's largest corner difference in position over
+// posTol and in UV set uvSet (none when negative) over uvTol. At most 1: every triangle
+// of b has a match within the tolerances; infinite when the counts differ.
+double TriangleMismatch(const VertexData& a, const std::vector<uint32_t>& aIndices, const VertexData& b,
+                        const std::vector<uint32_t>& bIndices, double posTol, int uvSet = -1, double uvTol = 1);

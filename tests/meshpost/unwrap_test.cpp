@@ -148,30 +148,6 @@ TEST(Unwrap, SceneUsesTheLargerScaleOfTwoNodes) {
     }
 }
 
-TEST(Unwrap, ExistingSetZeroStaysAndNewSetGoesToOne) {
-    TestScene ts;
-    auto cube = Cube();
-    for (size_t v = 0; v < cube.first.positions.size() / 3; ++v)
-        cube.first.texCoords[0].insert(cube.first.texCoords[0].end(), {float(v), -float(v)});
-    cube.first.texCoords[3] = std::vector<float>(cube.first.texCoords[0].size(), 0.5f);  // dropped
-    const VertexData before = cube.first;
-    Geometry* g = ts.AddGeometry({cube});
-    ts.AddNode(g, Mat4());
-    UnwrapScene(ts.scene, 16.0f);
-
-    const VertexData& vd = *g->meshInstances[0]->vertices;
-    const size_t n = vd.positions.size() / 3;
-    ExpectInUnitSquare(vd.texCoords[1]);
-    ASSERT_EQ(vd.texCoords[0].size(), n * 2);
-    EXPECT_TRUE(vd.texCoords[3].empty());
-    // Old set 0 values still sit with their positions.
-    for (size_t v = 0; v < n; ++v) {
-        const size_t x = size_t(vd.texCoords[0][2 * v]);
-        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
-        for (int k = 0; k < 3; ++k) EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
-    }
-}
-
 TEST(Unwrap, GeometryWithAnUnsuitableInstanceIsLeftWhole) {
     auto expectUntouched = [](auto mutate) {
         TestScene ts;
@@ -223,7 +199,9 @@ TEST(Unwrap, AddMeshFailureIsReportedAndLeavesGeometry) {
     EXPECT_FALSE(fine->meshInstances[0]->vertices->texCoords[0].empty());
 }
 
-TEST(Unwrap, SkinAttributesFollowTheirVertices) {
+TEST(Unwrap, VertexAttributesFollowTheirVerticesAndSetZeroStays) {
+    // Joints name each vertex's source; an existing set 0 stays (the new set goes to 1) and
+    // sets above 1 are dropped.
     TestScene ts;
     auto cyl = Cylinder();
     const size_t n = cyl.first.positions.size() / 3;
@@ -231,7 +209,9 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
         cyl.first.joints.insert(cyl.first.joints.end(), {uint16_t(v), uint16_t(v + 1), 7, 0});
         cyl.first.weights.insert(cyl.first.weights.end(), {0.25f * float(v), 0.5f, 0.125f, 0.0f});
         cyl.first.colors.insert(cyl.first.colors.end(), {float(v), 1.0f, 0.0f, 1.0f});
+        cyl.first.texCoords[0].insert(cyl.first.texCoords[0].end(), {float(v), -float(v)});
     }
+    cyl.first.texCoords[3] = std::vector<float>(n * 2, 0.5f);
     const VertexData before = cyl.first;
     Geometry* g = ts.AddGeometry({cyl});
     ts.AddNode(g, Mat4());
@@ -240,6 +220,9 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
     const VertexData& vd = *g->meshInstances[0]->vertices;
     const size_t m = vd.positions.size() / 3;
     ASSERT_GT(m, n);  // seams split vertices, so the copy by xref is really exercised
+    ExpectInUnitSquare(vd.texCoords[1]);
+    EXPECT_TRUE(vd.texCoords[3].empty());
+    ASSERT_EQ(vd.texCoords[0].size(), m * 2);
     ASSERT_EQ(vd.joints.size(), m * 4);
     ASSERT_EQ(vd.weights.size(), m * 4);
     ASSERT_EQ(vd.colors.size(), m * 4);
@@ -249,6 +232,8 @@ TEST(Unwrap, SkinAttributesFollowTheirVertices) {
         EXPECT_EQ(vd.joints[4 * v + 1], x + 1);
         EXPECT_EQ(vd.weights[4 * v], 0.25f * float(x));
         EXPECT_EQ(vd.colors[4 * v], float(x));
+        EXPECT_EQ(vd.texCoords[0][2 * v], float(x));
+        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
         for (int k = 0; k < 3; ++k) {
             EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
             EXPECT_EQ(vd.normals[3 * v + k], before.normals[3 * x + k]);
@@ -332,6 +317,12 @@ TEST(Unwrap, MorphDeltasFollowTheirVertices) {
     sparse->defaultWeight = 0.5f;
     for (uint32_t v = 0; v < n; v += 3) sparse->deltaPositions[3 * v + 1] = 1.0f + float(v);
     Compact(*sparse, 1e-6f);
+    // A stored index past the vertices names no vertex: it is dropped, and costs no table
+    // of its size.
+    sparse->indices.push_back(0xFFFFFFF0u);
+    sparse->count += 1;
+    sparse->deltaPositions.insert(sparse->deltaPositions.end(), {5, 5, 5});
+    sparse->deltaNormals.insert(sparse->deltaNormals.end(), {0, 0, 0});
     auto* dense = New<MorphTarget>(ts.scene, n);
     for (uint32_t v = 0; v < n; ++v) dense->deltaNormals[3 * v] = float(v);
     auto* shared = New<Morph>(ts.scene);
@@ -430,38 +421,5 @@ TEST(Unwrap, MeshesNoAtlasCanHoldAreSkippedWithAMessage) {
         EXPECT_EQ(g->meshInstances[0]->vertices == before, cases[i].untouched);
         if (cases[i].exact) EXPECT_EQ(err, cases[i].err);
         else EXPECT_NE(err.find(cases[i].err), std::string::npos) << err;
-    }
-}
-
-TEST(Unwrap, SparseMorphIndexPastTheVerticesIsDropped) {
-    // A stored index beyond the vertex count names no vertex: the remapped target keeps only
-    // the entry of vertex 2, and the stray one costs no table of its size.
-    TestScene ts;
-    VertexData data;
-    data.positions = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-    Geometry* g = ts.AddGeometry({{data, {0, 1, 2, 0, 2, 3}}});
-    ts.AddNode(g, Mat4());
-    auto* target = New<MorphTarget>(ts.scene);
-    target->indices = {0xFFFFFFF0u, 2};
-    target->count = 2;
-    target->deltaPositions = {5, 5, 5, 0, 0, 1};
-    target->deltaNormals = {0, 0, 0, 0, 0, 0};
-    auto* morph = New<Morph>(ts.scene);
-    morph->targets = {target};
-    g->meshInstances[0]->morph = morph;
-
-    UnwrapScene(ts.scene, 16.0f);
-    const MeshInstance& mi = *g->meshInstances[0];
-    ASSERT_NE(mi.morph, nullptr);
-    const MorphTarget& t = *mi.morph->targets[0];
-    const VertexData& vd = *mi.vertices;
-    ASSERT_EQ(t.indices.size(), t.count);
-    ASSERT_GE(t.count, 1u);  // at least one new vertex comes from old vertex 2 at (1, 1, 0)
-    for (size_t e = 0; e < t.count; ++e) {
-        const uint32_t v = t.indices[e];
-        ASSERT_LT(v, vd.positions.size() / 3);
-        EXPECT_EQ(vd.positions[3 * v], 1.0f);
-        EXPECT_EQ(vd.positions[3 * v + 1], 1.0f);
-        EXPECT_EQ(t.deltaPositions[3 * e + 2], 1.0f);
     }
 }

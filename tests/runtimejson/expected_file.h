@@ -1,10 +1,12 @@
-// Expected outputs kept as readable text under tests/runtimejson/expected/.
+// Expected outputs kept as readable text under tests/runtimejson/data/.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "file_contents.h"
 #include "scratch_folder.h"
+#include "table_file.h"
 
 namespace testing_scene {
 
@@ -29,6 +31,13 @@ inline std::string ExpectedCompact(const std::string& name) {
     for (char c : text)
         if (c != '\n') out += c;
     return out;
+}
+
+// A one-line output of data/outputs.txt, by its label.
+inline std::string Expected(const std::string& label) {
+    for (const testsupport::TableRow& row : testsupport::ReadTable(std::string(RUNTIMEJSON_EXPECTED_DIR) + "/outputs.txt"))
+        if (row.Text(0) == label) return row.Text(1);
+    throw std::out_of_range("no expected output " + label);
 }
 
 }  // namespace testing_scene
