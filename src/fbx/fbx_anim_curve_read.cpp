@@ -143,13 +143,8 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
         good = good && sum == int64_t(keyCount);
     }
 
-    store.Reserve(int(keyCount), good ? int(attrs.size()) : 1);
     if (good) {
-        size_t key = 0;
-        for (size_t k = 0; k < attrs.size(); ++k) {
-            const uint32_t attr = store.AddAttr(attrs[k]);
-            for (uint32_t r = 0; r < runs[k]; ++r, ++key) store.AppendKey(times[key], values[key], attr);
-        }
+        store.Assign(times, std::move(values), attrs, runs);
         return true;
     }
     status.SetCode(kFbxFailure, kCorrupted);
@@ -158,8 +153,8 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
         FbxAnimKeyAttr fallback;
         fallback.flags = kFbxInterpolationCubic | kFbxTangentAuto;
         fallback.data[2] = (3333u << 16) | 3333u;
-        const uint32_t attr = store.AddAttr(fallback);
-        for (size_t k = 0; k < keyCount; ++k) store.AppendKey(times[k], values[k], attr);
+        const std::vector<uint32_t> all(1, uint32_t(keyCount));
+        store.Assign(times, std::move(values), std::vector<FbxAnimKeyAttr>(1, fallback), all);
     }
     return false;
 }
