@@ -49,6 +49,7 @@ void FbxAnimKeyStore::SpreadTimes() {
     times_.resize(count);
     for (size_t k = 0; k < count; ++k) times_[k] = KeyTime(int(k));
     evenTimes_ = false;
+    oldUnitTimes_ = false;
 }
 
 void FbxAnimKeyStore::SpreadAttrs() {
@@ -57,6 +58,7 @@ void FbxAnimKeyStore::SpreadAttrs() {
 
 void FbxAnimKeyStore::AppendKey(FbxLongLong time, float value, uint32_t attr) {
     const size_t count = values_.size();
+    if (oldUnitTimes_) SpreadTimes();
     if (!evenTimes_) {
         times_.push_back(time);
     } else if (count == 0) {
@@ -80,15 +82,20 @@ void FbxAnimKeyStore::AppendKey(FbxLongLong time, float value, uint32_t attr) {
     ++attrs_[attr].refCount;
 }
 
-void FbxAnimKeyStore::Assign(const std::vector<FbxLongLong>& times, std::vector<float>&& values,
+void FbxAnimKeyStore::Assign(const std::vector<FbxLongLong>& times, bool oldUnitTimes, std::vector<float>&& values,
                              const std::vector<FbxAnimKeyAttr>& attrs, const std::vector<uint32_t>& runs) {
     Clear();
     const size_t count = times.size();
-    evenTimes_ = true;
-    firstTime_ = count > 0 ? times[0] : 0;
-    step_ = count > 1 ? FbxLongLong(uint64_t(times[1]) - uint64_t(firstTime_)) : 0;
-    for (size_t k = 2; k < count && evenTimes_; ++k) evenTimes_ = times[k] == KeyTime(int(k));
-    if (!evenTimes_) times_ = times;
+    if (FindStep(times)) {
+        oldUnitTimes_ = oldUnitTimes;
+    } else if (oldUnitTimes) {
+        // Uneven old ticks are often even once converted.
+        times_.resize(count);
+        for (size_t k = 0; k < count; ++k) times_[k] = FbxConvertOldUnitTicks(times[k]);
+        if (FindStep(times_)) std::vector<FbxLongLong>().swap(times_);
+    } else {
+        times_ = times;
+    }
     values_ = std::move(values);
 
     attrs_.reserve(attrs.size());
@@ -108,6 +115,16 @@ void FbxAnimKeyStore::Assign(const std::vector<FbxLongLong>& times, std::vector<
         if (!shared) keyAttrs_.insert(keyAttrs_.end(), runs[k], attr);
         filled += runs[k];
     }
+}
+
+bool FbxAnimKeyStore::FindStep(const std::vector<FbxLongLong>& times) {
+    const size_t count = times.size();
+    evenTimes_ = true;
+    oldUnitTimes_ = false;
+    firstTime_ = count > 0 ? times[0] : 0;
+    step_ = count > 1 ? FbxLongLong(uint64_t(times[1]) - uint64_t(firstTime_)) : 0;
+    for (size_t k = 2; k < count && evenTimes_; ++k) evenTimes_ = times[k] == KeyTime(int(k));
+    return evenTimes_;
 }
 
 int FbxAnimKeyStore::KeyAdd(FbxTime time) {
@@ -157,6 +174,7 @@ void FbxAnimKeyStore::KeyRemove(int index) {
     Release(KeyAttrIndex(index));
     const size_t at = size_t(index);
     const bool last = at + 1 == values_.size();
+    if (oldUnitTimes_) SpreadTimes();
     if (evenTimes_ && at == 0) {
         firstTime_ = KeyTime(1 % KeyCount());
     } else if (!last) {
@@ -170,6 +188,7 @@ void FbxAnimKeyStore::KeyRemove(int index) {
 
 void FbxAnimKeyStore::Clear() {
     evenTimes_ = true;
+    oldUnitTimes_ = false;
     firstTime_ = 0;
     step_ = 0;
     times_.clear();

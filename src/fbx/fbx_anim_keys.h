@@ -77,8 +77,10 @@ public:
     int KeyCount() const { return int(values_.size()); }
     // Index must be in 0 to KeyCount() - 1.
     FbxLongLong KeyTime(int index) const {
+        if (!evenTimes_) return times_[size_t(index)];
         // Unsigned arithmetic: the step of any two file times is exact modulo 2^64.
-        return evenTimes_ ? FbxLongLong(uint64_t(firstTime_) + uint64_t(index) * uint64_t(step_)) : times_[size_t(index)];
+        const FbxLongLong time = FbxLongLong(uint64_t(firstTime_) + uint64_t(index) * uint64_t(step_));
+        return oldUnitTimes_ ? FbxConvertOldUnitTicks(time) : time;
     }
     uint32_t KeyAttrIndex(int index) const { return keyAttrs_.empty() ? sharedAttr_ : keyAttrs_[size_t(index)]; }
     FbxAnimKey Key(int index) const { return FbxAnimKey{KeyTime(index), KeyAttrIndex(index), values_[size_t(index)]}; }
@@ -95,7 +97,8 @@ public:
     void AppendKey(FbxLongLong time, float value, uint32_t attr);
     // Whole arrays at once: record k holds the next runs[k] keys. The run lengths must add
     // up to the number of times, which must equal the number of values.
-    void Assign(const std::vector<FbxLongLong>& times, std::vector<float>&& values,
+    // With oldUnitTimes the times are file ticks of the old unit, converted as they are read.
+    void Assign(const std::vector<FbxLongLong>& times, bool oldUnitTimes, std::vector<float>&& values,
                 const std::vector<FbxAnimKeyAttr>& attrs, const std::vector<uint32_t>& runs);
 
     // Editing. KeyAdd inserts a key at its time's place (or returns the key already at that
@@ -113,9 +116,12 @@ private:
     uint32_t NewAttr(const FbxAnimKeyAttr& attr);
     void Release(uint32_t attr);
     void SpreadTimes();
+    // Even times from these: true with start and step set, false with times_ to fill.
+    bool FindStep(const std::vector<FbxLongLong>& times);
     void SpreadAttrs();
 
     bool evenTimes_ = true;  // times_ is empty and key k is at firstTime_ + k * step_
+    bool oldUnitTimes_ = false;  // even times in the old tick unit, converted on reading
     FbxLongLong firstTime_ = 0;
     FbxLongLong step_ = 0;
     std::vector<FbxLongLong> times_;
