@@ -86,15 +86,24 @@ void FbxAnimKeyStore::Assign(const std::vector<FbxLongLong>& times, bool oldUnit
                              const std::vector<FbxAnimKeyAttr>& attrs, const std::vector<uint32_t>& runs) {
     Clear();
     const size_t count = times.size();
-    if (FindStep(times)) {
-        oldUnitTimes_ = oldUnitTimes;
-    } else if (oldUnitTimes) {
-        // Uneven old ticks are often even once converted.
+    if (!oldUnitTimes) {
+        if (!FindStep(times)) times_ = times;
+    } else {
+        // Old ticks that are even once converted keep no array and need no conversion when
+        // read; even old ticks whose conversion rounds unevenly are converted when read.
+        const bool evenOld = FindStep(times);
+        const FbxLongLong oldFirst = firstTime_, oldStep = step_;
         times_.resize(count);
         for (size_t k = 0; k < count; ++k) times_[k] = FbxConvertOldUnitTicks(times[k]);
-        if (FindStep(times_)) std::vector<FbxLongLong>().swap(times_);
-    } else {
-        times_ = times;
+        if (FindStep(times_)) {
+            std::vector<FbxLongLong>().swap(times_);
+        } else if (evenOld) {
+            std::vector<FbxLongLong>().swap(times_);
+            evenTimes_ = true;
+            oldUnitTimes_ = true;
+            firstTime_ = oldFirst;
+            step_ = oldStep;
+        }
     }
     values_ = std::move(values);
 
