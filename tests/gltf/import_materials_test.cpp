@@ -1,4 +1,5 @@
 // Material and texture mapping: gamma, alpha modes, unlit, PBR rows and extensions.
+#include "file_contents.h"
 #include "read_test_util.h"
 
 using namespace gltftest;
@@ -6,19 +7,24 @@ using namespace glbfixture;
 
 namespace {
 
-// Imports one triangle per material so that every listed material is made.
-std::unique_ptr<Scene> ImportMaterials(const ScratchFolder& dir, const std::string& materials,
-                                       const std::string& more = "") {
+// Imports the root members of data/<stem>.json, with one triangle per material so that
+// every listed material is made.
+std::unique_ptr<Scene> ImportMaterials(const std::string& stem) {
+    ScratchFolder dir;
+    const std::string members = testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/" + stem + ".json");
+    rapidjson::Document parsed;
+    parsed.Parse(members.c_str());
+    EXPECT_TRUE(parsed.IsObject() && parsed.HasMember("materials")) << stem;
+    if (!parsed.IsObject() || !parsed.HasMember("materials")) return nullptr;
     GlbFixture glb;
     const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
-    rapidjson::Document parsed;
-    parsed.Parse(materials.c_str());
     std::string primitives;
-    for (rapidjson::SizeType i = 0; i < parsed.Size(); ++i)
+    for (rapidjson::SizeType i = 0; i < parsed["materials"].Size(); ++i)
         primitives += (i ? "," : "") + std::string(R"({"attributes":{"POSITION":)") + std::to_string(pos) +
                       R"(},"material":)" + std::to_string(i) + "}";
-    return Import(dir, glb.Build(R"("materials":)" + materials + R"(,"meshes":[{"primitives":[)" + primitives +
-                                 R"(]}],"nodes":[{"mesh":0}])" + more));
+    const size_t open = members.find('{'), close = members.rfind('}');
+    return Import(dir, glb.Build(members.substr(open + 1, close - open - 1) + R"(,"meshes":[{"primitives":[)" +
+                                 primitives + R"(]}],"nodes":[{"mesh":0}])"));
 }
 
 const Material* MaterialOf(const Scene& scene, uint64_t id) { return scene.materials.Find(id); }
@@ -26,11 +32,7 @@ const Material* MaterialOf(const Scene& scene, uint64_t id) { return scene.mater
 }  // namespace
 
 TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{"name":"plain"},
-        {"pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.25],"metallicFactor":0.2,"roughnessFactor":0.7},
-         "emissiveFactor":[1,0.5,0],"doubleSided":true},
-        {"pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5]},"emissiveFactor":[1,1]}])");
+    auto scene = ImportMaterials("materials_gamma");
     ASSERT_TRUE(scene);
     const Material* plain = MaterialOf(*scene, 0);
     ASSERT_TRUE(plain);
@@ -65,11 +67,7 @@ TEST(ImportMaterials, NameOnlyAndBaseColourGamma) {
 }
 
 TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{"alphaMode":"MASK","alphaCutoff":0.3},{"alphaMode":"BLEND"},
-        {"extensions":{"KHR_materials_ior":{"ior":1.5},"KHR_materials_transmission":{"transmissionFactor":0.4}}},
-        {"extensions":{"KHR_materials_volume":{"thicknessFactor":2,"attenuationColor":[0.5,1,1],"attenuationDistance":3},
-                       "KHR_materials_emissive_strength":{"emissiveStrength":5}}}])");
+    auto scene = ImportMaterials("materials_alpha_volume");
     ASSERT_TRUE(scene);
     EXPECT_EQ(MaterialOf(*scene, 0)->blendType, 0);
     EXPECT_EQ(MaterialOf(*scene, 0)->alphaTest, 0.3f);
@@ -91,12 +89,7 @@ TEST(ImportMaterials, AlphaModesIorTransmissionAndVolume) {
 }
 
 TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{"extensions":{"KHR_materials_unlit":{}},
-            "pbrMetallicRoughness":{"baseColorFactor":[0.5,0.5,0.5,0.5],"baseColorTexture":{"index":0,"texCoord":1}},
-            "emissiveFactor":[1,1,1]},
-        {"extensions":{"KHR_materials_unlit":{},"KHR_materials_ior":{"ior":2}}}])",
-        R"(,"textures":[{"source":0}],"images":[{"uri":"c.png","mimeType":"image/png"}])");
+    auto scene = ImportMaterials("materials_unlit");
     ASSERT_TRUE(scene);
     const Material* unlit = MaterialOf(*scene, 0);
     EXPECT_FALSE(unlit->useLighting);
@@ -116,18 +109,7 @@ TEST(ImportMaterials, UnlitUsesTheEmissiveSlots) {
 }
 
 TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{
-        "pbrMetallicRoughness":{"metallicRoughnessTexture":{"index":0}},
-        "normalTexture":{"index":0,"scale":0.5},"occlusionTexture":{"index":0,"strength":0.1},
-        "extensions":{
-          "KHR_materials_clearcoat":{"clearcoatFactor":1,"clearcoatRoughnessFactor":0.3,
-              "clearcoatNormalTexture":{"index":0,"scale":2}},
-          "KHR_materials_specular":{"specularFactor":0.6,"specularColorFactor":[1,1]},
-          "KHR_materials_sheen":{"sheenColorFactor":[1,1,1],"sheenRoughnessFactor":0.2},
-          "KHR_materials_iridescence":{"iridescenceFactor":0.5,"iridescenceTexture":{"index":0,
-              "extensions":{"KHR_texture_transform":{"offset":[0.5,0.25],"rotation":1.5,"scale":[2,3,4],"texCoord":2}}}}}}])",
-        R"(,"textures":[{"source":0}],"images":[{"uri":"c.png","mimeType":"image/png"}])");
+    auto scene = ImportMaterials("materials_extension_rows");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     EXPECT_EQ(m->metalnessMap.channel, "b");
@@ -162,21 +144,7 @@ TEST(ImportMaterials, ExtensionRowsAndTextureTransforms) {
 }
 
 TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{
-        "pbrMetallicRoughness":{"baseColorTexture":{"index":0,"texCoord":3,
-            "extensions":{"KHR_texture_transform":{"offset":[1,2,3],"rotation":0.5,"scale":[2,4]}}}},
-        "extensions":{
-          "KHR_materials_clearcoat":{"clearcoatTexture":{"index":0},"clearcoatRoughnessTexture":{"index":1}},
-          "KHR_materials_specular":{"specularTexture":{"index":0},"specularColorTexture":{"index":1},
-              "specularColorFactor":[0.5,0.5,0.5]},
-          "KHR_materials_transmission":{"transmissionTexture":{"index":1}},
-          "KHR_materials_sheen":{"sheenColorTexture":{"index":1},"sheenRoughnessTexture":{"index":0}},
-          "KHR_materials_volume":{"thicknessTexture":{"index":0}},
-          "KHR_materials_iridescence":{"iridescenceThicknessTexture":{"index":1}}}}])",
-        R"(,"textures":[{"source":0,"sampler":0},{"source":1,"sampler":1}],
-            "samplers":[{"minFilter":9986,"magFilter":9729},{"minFilter":9728,"wrapS":10497,"wrapT":33071}],
-            "images":[{"name":"a","mimeType":"image/png"},{"name":"b","mimeType":"image/png"}])");
+    auto scene = ImportMaterials("materials_extension_textures");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     ASSERT_TRUE(m);
@@ -223,12 +191,7 @@ TEST(ImportMaterials, ExtensionTexturesGetTheirChannels) {
 }
 
 TEST(ImportTextures, KeyedByImageWithSamplerMappings) {
-    ScratchFolder dir;
-    auto scene = ImportMaterials(dir, R"([{"pbrMetallicRoughness":{"baseColorTexture":{"index":0}},
-            "emissiveTexture":{"index":1},"normalTexture":{"index":2}}])",
-        R"(,"textures":[{"name":"first","source":0,"sampler":0},{"name":"second","source":0},{"name":"loose"}],
-            "samplers":[{"magFilter":9728,"minFilter":9985,"wrapS":33071,"wrapT":33648}],
-            "images":[{"name":"pic","mimeType":"image/jpeg"}])");
+    auto scene = ImportMaterials("textures_by_image");
     ASSERT_TRUE(scene);
     const Material* m = MaterialOf(*scene, 0);
     ASSERT_TRUE(m->diffuseMap.texture);

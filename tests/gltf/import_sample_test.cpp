@@ -66,6 +66,6 @@ TEST(ImportSample, SavesTheTextureKeepsEveryChannelAndWritesTheCheckedJson) {
         ::testing::internal::CaptureStdout();
         WriteJsonScene(dir.File(name), *scene, options);
         ::testing::internal::GetCapturedStdout();
-        EXPECT_EQ(testsupport::ReadFileText(dir.File(name)), testsupport::ReadFileText(std::string(VURL_GLTF_EXPECTED_DIR) + "/" + name)) << name;
+        EXPECT_EQ(testsupport::ReadFileText(dir.File(name)), testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/import_sample/" + name)) << name;
     }
 }

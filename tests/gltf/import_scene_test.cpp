@@ -12,10 +12,8 @@ std::unique_ptr<Scene> ImportMembers(const ScratchFolder& dir, const GlbFixture&
     return Import(dir, glb.Build(members));
 }
 
-std::string N(int i) { return std::to_string(i); }
-
 // One mesh of one primitive with only positions.
-std::string PositionMesh(int pos) { return R"({"primitives":[{"attributes":{"POSITION":)" + N(pos) + "}}]}"; }
+std::string PositionMesh(int pos) { return R"({"primitives":[{"attributes":{"POSITION":)" + std::to_string(pos) + "}}]}"; }
 
 // 0, 1, 2, ... n - 1.
 std::vector<float> Iota(int n) {
@@ -72,10 +70,10 @@ TEST(ImportNodes, MatrixWinsOverTranslationRotationScale) {
 TEST(ImportNodes, MatrixRotationInDegreesAndSkinOfTheLastNode) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");  // 0: pos
     // A quarter turn about z, columns in file order; a skin on a node without mesh is unused.
     auto scene = ImportMembers(dir, glb,
-        R"("meshes":[)" + PositionMesh(pos) + R"(],
+        R"("meshes":[)" + PositionMesh(0) + R"(],
         "skins":[{"joints":[0]},{"joints":[1]}],
         "nodes":[{"mesh":0,"skin":0,"matrix":[0,1,0,0, -1,0,0,0, 0,0,1,0, 0,0,0,1]},{"mesh":0,"skin":1},{"skin":9}])");
     ASSERT_TRUE(scene && scene->root);
@@ -101,7 +99,7 @@ TEST(ImportNodes, BrokenHierarchiesAreRefused) {
     // A chain deeper than 4096 levels would overflow the recursive walks of the writers.
     for (int depth : {4096, 4097}) {
         std::string chain = R"("nodes":[)";
-        for (int i = 0; i + 1 < depth; ++i) chain += R"({"children":[)" + N(i + 1) + "]},";
+        for (int i = 0; i + 1 < depth; ++i) chain += R"({"children":[)" + std::to_string(i + 1) + "]},";
         chain += "{}]";
         EXPECT_EQ(ImportRefused(dir, GlbFixture().Build(chain)), depth > 4096) << depth;
     }
@@ -110,14 +108,12 @@ TEST(ImportNodes, BrokenHierarchiesAreRefused) {
 TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
-    const int uv1 = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC2");
-    const int joints = glb.AddData(std::vector<uint8_t>{1, 2, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0}, kUByte, "VEC4");
-    const int idx = glb.AddData(std::vector<uint16_t>{0, 1, 2, 0}, kUShort, "SCALAR");
+    glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");  // 0: pos
+    glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC2");  // 1: uv1
+    glb.AddData(std::vector<uint8_t>{1, 2, 0, 0, 1, 0, 0, 0, 3, 0, 0, 0}, kUByte, "VEC4");  // 2: joints
+    glb.AddData(std::vector<uint16_t>{0, 1, 2, 0}, kUShort, "SCALAR");  // 3: idx
     auto scene = ImportMembers(dir, glb,
-        R"("meshes":[{"primitives":[{"attributes":{"POSITION":)" + N(pos) + R"(,"TEXCOORD_1":)" + N(uv1) +
-        R"(,"JOINTS_0":)" + N(joints) + R"(,"TANGENT":)" + N(pos) + R"(},"indices":)" + N(idx) +
-        R"(,"mode":3},{"attributes":{}},{"attributes":{"POSITION":)" + N(pos) + R"(},"mode":6}]}],
+        R"("meshes":[{"primitives":[{"attributes":{"POSITION":0,"TEXCOORD_1":1,"JOINTS_0":2,"TANGENT":0},"indices":3,"mode":3},{"attributes":{}},{"attributes":{"POSITION":0},"mode":6}]}],
         "nodes":[{"mesh":0},{"mesh":0}])");
     ASSERT_TRUE(scene && scene->root);
     Geometry* g = scene->root->children[0]->geometry;
@@ -143,17 +139,17 @@ TEST(ImportMeshes, AttributesIndicesModesAndSharing) {
 TEST(ImportMeshes, InconsistentCountsAreRefused) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int pos = glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");
-    const int badIdx = glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");
-    const int twoNormals = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");
-    const int twoDeltas = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");
-    const int flat = glb.AddData(std::vector<float>{0, 0, 1, 0}, kFloat, "VEC2");
-    const std::string position = R"("POSITION":)" + N(pos);
+    glb.AddData(std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0}, kFloat, "VEC3");  // 0: pos
+    glb.AddData(std::vector<uint16_t>{0, 1, 3, 0}, kUShort, "SCALAR");  // 1: badIdx
+    glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");  // 2: twoNormals
+    glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 1}, kFloat, "VEC3");  // 3: twoDeltas
+    glb.AddData(std::vector<float>{0, 0, 1, 0}, kFloat, "VEC2");  // 4: flat
+    const std::string position = R"("POSITION":0)";
     for (const std::string& primitive : std::vector<std::string>{
-             R"({"attributes":{)" + position + R"(},"indices":)" + N(badIdx) + "}",
-             R"({"attributes":{)" + position + R"(,"NORMAL":)" + N(twoNormals) + "}}",
-             R"({"attributes":{)" + position + R"(},"targets":[{"POSITION":)" + N(twoDeltas) + "}]}",
-             R"({"attributes":{"POSITION":)" + N(flat) + "}}"}) {
+             R"({"attributes":{)" + position + R"(},"indices":1})",
+             R"({"attributes":{)" + position + R"(,"NORMAL":2}})",
+             R"({"attributes":{)" + position + R"(},"targets":[{"POSITION":3}]})",
+             R"({"attributes":{"POSITION":4}})"}) {
         EXPECT_TRUE(ImportRefused(dir, glb.Build(R"("meshes":[{"primitives":[)" + primitive + R"(]}],"nodes":[{"mesh":0}])")))
             << primitive;
     }
@@ -162,14 +158,12 @@ TEST(ImportMeshes, InconsistentCountsAreRefused) {
 TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
-    const int d1 = glb.AddData(std::vector<float>{0, 0, 0, 1e-7f, 0, 0, 0, -0.5f, 0}, kFloat, "VEC3");
-    const int n1 = glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 0, 0, 0, 0}, kFloat, "VEC3");
-    const int shortNormals = glb.AddData(std::vector<float>{1, 1, 1}, kFloat, "VEC3");
+    glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");  // 0: pos
+    glb.AddData(std::vector<float>{0, 0, 0, 1e-7f, 0, 0, 0, -0.5f, 0}, kFloat, "VEC3");  // 1: d1
+    glb.AddData(std::vector<float>{0, 0, 1, 0, 0, 0, 0, 0, 0}, kFloat, "VEC3");  // 2: n1
+    glb.AddData(std::vector<float>{1, 1, 1}, kFloat, "VEC3");  // 3: shortNormals
     auto scene = ImportMembers(dir, glb,
-        R"("meshes":[{"name":"m","extras":{"targetNames":["none","first","second"]},"primitives":[{"attributes":{"POSITION":)" +
-        N(pos) + R"(},"targets":[{"NORMAL":)" + N(n1) + R"(},{"POSITION":)" + N(d1) + R"(,"NORMAL":)" + N(n1) +
-        R"(},{"POSITION":)" + N(d1) + R"(,"NORMAL":)" + N(shortNormals) + R"(}]}]}],"nodes":[{"mesh":0}])");
+        R"("meshes":[{"name":"m","extras":{"targetNames":["none","first","second"]},"primitives":[{"attributes":{"POSITION":0},"targets":[{"NORMAL":2},{"POSITION":1,"NORMAL":2},{"POSITION":1,"NORMAL":3}]}]}],"nodes":[{"mesh":0}])");
     ASSERT_TRUE(scene && scene->root);
     const Morph* morph = scene->root->geometry->meshInstances[0]->morph;
     ASSERT_TRUE(morph);
@@ -191,11 +185,11 @@ TEST(ImportMeshes, MorphTargetsAreCompactedAndNamedByPosition) {
 TEST(ImportObjects, SkinsCamerasAndLights) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int ibmAccessor = glb.AddData(Iota(32), kFloat, "MAT4");
-    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
+    glb.AddData(Iota(32), kFloat, "MAT4");  // 0: ibmAccessor
+    glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");  // 1: pos
     auto scene = ImportMembers(dir, glb,
-        R"("skins":[{"inverseBindMatrices":)" + N(ibmAccessor) + R"(,"joints":[2,1]},{"joints":[1]}],
-        "meshes":[)" + PositionMesh(pos) + "," + PositionMesh(pos) + R"(],
+        R"("skins":[{"inverseBindMatrices":0,"joints":[2,1]},{"joints":[1]}],
+        "meshes":[)" + PositionMesh(1) + "," + PositionMesh(1) + R"(],
         "cameras":[{"name":"p","type":"perspective","perspective":{"yfov":0.5,"znear":0.5,"zfar":50,"aspectRatio":2}},
                    {"type":"orthographic","orthographic":{"ymag":3,"xmag":9,"znear":1,"zfar":2}},
                    {"type":"orthographic"}],
@@ -252,12 +246,11 @@ TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
     GlbFixture glb;
     std::vector<float> two(32, 0.0f);
     two[16] = 7.0f;
-    const int ibm = glb.AddData(two, kFloat, "MAT4");
-    const int pos = glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");
-    const std::string mesh = R"("meshes":[)" + PositionMesh(pos) + "],";
+    glb.AddData(two, kFloat, "MAT4");  // 0: ibm
+    glb.AddData(std::vector<float>(9, 0.0f), kFloat, "VEC3");  // 1: pos
+    const std::string mesh = R"("meshes":[)" + PositionMesh(1) + "],";
     // More matrices than joints is valid glTF: every whole matrix is kept, in file order.
-    auto scene = ImportMembers(dir, glb, mesh + R"("nodes":[{"mesh":0,"skin":0}],"skins":[{"joints":[0],"inverseBindMatrices":)" +
-                                             N(ibm) + "}]");
+    auto scene = ImportMembers(dir, glb, mesh + R"("nodes":[{"mesh":0,"skin":0}],"skins":[{"joints":[0],"inverseBindMatrices":0}])");
     ASSERT_TRUE(scene && scene->root);
     const Skin* skin = scene->root->geometry->meshInstances[0]->skin;
     ASSERT_TRUE(skin);
@@ -265,23 +258,22 @@ TEST(ImportObjects, SkinMatricesMustCoverTheJoints) {
     EXPECT_EQ(skin->inverseBindMatrices[1][0], 7.0f);
     EXPECT_EQ(skin->joints, (std::vector<int64_t>{0}));
     // Fewer matrices than joints would leave joints without a bind pose.
-    EXPECT_TRUE(ImportRefused(dir, glb.Build(R"("nodes":[{},{},{}],"skins":[{"joints":[0,1,2],"inverseBindMatrices":)" +
-                                             N(ibm) + "}]")));
+    EXPECT_TRUE(ImportRefused(dir, glb.Build(R"("nodes":[{},{},{}],"skins":[{"joints":[0,1,2],"inverseBindMatrices":0}])")));
 }
 
 TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
-    const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
-    const int rot = glb.AddData(Iota(24), kFloat, "VEC4");
-    const int weights = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "SCALAR");
+    glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");  // 0: t2
+    glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");  // 1: trans
+    glb.AddData(Iota(24), kFloat, "VEC4");  // 2: rot
+    glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "SCALAR");  // 3: weights
     auto scene = ImportMembers(dir, glb,
         R"("nodes":[{},{},{}],"animations":[{"name":"take","samplers":[
-            {"input":)" + N(t2) + R"(,"output":)" + N(trans) + R"(,"interpolation":"STEP"},
-            {"input":)" + N(t2) + R"(,"output":)" + N(rot) + R"(,"interpolation":"CUBICSPLINE"},
-            {"input":)" + N(t2) + R"(,"output":)" + N(weights) + R"(},
-            {"input":-1,"output":)" + N(trans) + R"(}],
+            {"input":0,"output":1,"interpolation":"STEP"},
+            {"input":0,"output":2,"interpolation":"CUBICSPLINE"},
+            {"input":0,"output":3},
+            {"input":-1,"output":1}],
           "channels":[{"sampler":0,"target":{"node":2,"path":"translation"}},
             {"sampler":1,"target":{"node":2,"path":"rotation"}},
             {"sampler":2,"target":{"node":0,"path":"weights"}},
@@ -315,16 +307,16 @@ TEST(ImportAnimations, ChannelsGroupsAndEmptyTracks) {
 TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
-    const int t1 = glb.AddData(std::vector<float>{2}, kFloat, "SCALAR");
-    const int trans = glb.AddData(Iota(18), kFloat, "VEC3");  // 2 keys x (in, value, out) x 3
-    const int scale2 = glb.AddData(std::vector<float>{1, 1, 1, 2, 2, 2}, kFloat, "VEC3");
-    const int scale1 = glb.AddData(std::vector<float>{3, 3, 3}, kFloat, "VEC3");
+    glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");  // 0: t2
+    glb.AddData(std::vector<float>{2}, kFloat, "SCALAR");  // 1: t1
+    glb.AddData(Iota(18), kFloat, "VEC3");  // 2: translation, 2 keys x (in, value, out) x 3
+    glb.AddData(std::vector<float>{1, 1, 1, 2, 2, 2}, kFloat, "VEC3");  // 3: scale2
+    glb.AddData(std::vector<float>{3, 3, 3}, kFloat, "VEC3");  // 4: scale1
     auto scene = ImportMembers(dir, glb,
         R"("nodes":[{}],"animations":[{"samplers":[
-            {"input":)" + N(t2) + R"(,"output":)" + N(trans) + R"(,"interpolation":"CUBICSPLINE"},
-            {"input":)" + N(t2) + R"(,"output":)" + N(scale2) + R"(},
-            {"input":)" + N(t1) + R"(,"output":)" + N(scale1) + R"(,"interpolation":"STEP"}],
+            {"input":0,"output":2,"interpolation":"CUBICSPLINE"},
+            {"input":0,"output":3},
+            {"input":1,"output":4,"interpolation":"STEP"}],
           "channels":[{"sampler":0,"target":{"node":0,"path":"translation"}},
             {"sampler":1,"target":{"node":0,"path":"scale"}},
             {"sampler":2,"target":{"node":0,"path":"scale"}}]}])");
@@ -350,11 +342,10 @@ TEST(ImportAnimations, CubicVectorsAndLaterChannelsAppend) {
 TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int t2 = glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");
-    const int weights = glb.AddData(Iota(12), kFloat, "SCALAR");  // 2 keys x 3 runs x 2 weights
+    glb.AddData(std::vector<float>{0, 1}, kFloat, "SCALAR");  // 0: t2
+    glb.AddData(Iota(12), kFloat, "SCALAR");  // 1: weights, 2 keys x 3 runs x 2 weights
     auto scene = ImportMembers(dir, glb,
-        R"("nodes":[{}],"animations":[{"samplers":[{"input":)" + N(t2) + R"(,"output":)" + N(weights) +
-        R"(,"interpolation":"CUBICSPLINE"}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])");
+        R"("nodes":[{}],"animations":[{"samplers":[{"input":0,"output":1,"interpolation":"CUBICSPLINE"}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])");
     ASSERT_TRUE(scene);
     const WeightsChannel& w = scene->GetAnimation(0)->tracks[0].weights;
     ASSERT_EQ(w.values.size(), 2u);
@@ -366,16 +357,14 @@ TEST(ImportAnimations, CubicWeightsStopAtTheEndOfTheData) {
 TEST(ImportAnimations, MismatchedKeysAndMissingSamplersAreRefused) {
     ScratchFolder dir;
     GlbFixture glb;
-    const int t3 = glb.AddData(std::vector<float>{0, 1, 2}, kFloat, "SCALAR");
-    const int trans = glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");
-    const int none = glb.AddAccessor(-1, 0, kFloat, 0, "SCALAR");
+    glb.AddData(std::vector<float>{0, 1, 2}, kFloat, "SCALAR");  // 0: t3
+    glb.AddData(std::vector<float>{1, 2, 3, 4, 5, 6}, kFloat, "VEC3");  // 1: trans
+    glb.AddAccessor(-1, 0, kFloat, 0, "SCALAR");  // 2: none
     const std::string nodes = R"("nodes":[{}],)";
     for (const std::string& animation : std::vector<std::string>{
-             R"("animations":[{"samplers":[{"input":)" + N(t3) + R"(,"output":)" + N(trans) +
-              R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}])",
+             R"("animations":[{"samplers":[{"input":0,"output":1}],"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}])",
           R"("animations":[{"samplers":[],"channels":[{"sampler":0,"target":{"node":0,"path":"scale"}}]}])",
-          R"("animations":[{"samplers":[{"input":)" + N(none) + R"(,"output":)" + N(trans) +
-              R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])"}) {
+          R"("animations":[{"samplers":[{"input":2,"output":1}],"channels":[{"sampler":0,"target":{"node":0,"path":"weights"}}]}])"}) {
         EXPECT_TRUE(ImportRefused(dir, glb.Build(nodes + animation))) << animation;
     }
 }

@@ -20,6 +20,14 @@ std::vector<std::string> Names(const std::string& images, GlbFixture glb = GlbFi
 const std::vector<uint8_t> kPngHead = {137, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0};
 const std::vector<uint8_t> kJpegHead = {255, 216, 255, 224};
 
+// Reads a GLB whose binary chunk holds `data` under view 0, with the given "images".
+bool ReadWithImageData(const ScratchFolder& dir, const std::vector<uint8_t>& data, const std::string& images,
+                       GltfContext& context) {
+    GlbFixture glb;
+    glb.AddView(glb.Append(data), data.size());
+    return ReadBytes(dir, glb.Build("\"images\":" + images), context);
+}
+
 }  // namespace
 
 TEST(ImageNames, SanitisingKeepsTheLength) {
@@ -86,12 +94,8 @@ TEST(ImageNames, MissingViewIsRefused) {
 
 TEST(ExtractImages, WritesEmbeddedImagesAndReportsEach) {
     ScratchFolder dir;
-    GlbFixture glb;
-    const size_t at = glb.Append(kPngHead);
-    glb.AddView(at, kPngHead.size());
     GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("images":[{"name":"he said \"hi\"","bufferView":0},{"uri":"x.png"}])"),
-                          context));
+    ASSERT_TRUE(ReadWithImageData(dir, kPngHead, R"([{"name":"he said \"hi\"","bufferView":0},{"uri":"x.png"}])", context));
     ::testing::internal::CaptureStdout();
     EXPECT_TRUE(ExtractEmbeddedImages(context));
     const std::string out = ::testing::internal::GetCapturedStdout();
@@ -114,12 +118,8 @@ TEST(ExtractImages, FolderOnlyWhenThereAreImages) {
 
 TEST(ExtractImages, UnwritableFileIsReportedAndSkipped) {
     ScratchFolder dir;
-    GlbFixture glb;
-    const size_t at = glb.Append(kJpegHead);
-    glb.AddView(at, kJpegHead.size());
     GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, glb.Build(R"("images":[{"name":"a","bufferView":0},{"name":"b","bufferView":0}])"),
-                          context));
+    ASSERT_TRUE(ReadWithImageData(dir, kJpegHead, R"([{"name":"a","bufferView":0},{"name":"b","bufferView":0}])", context));
     std::filesystem::create_directories(dir.File("in.glb.fbm/a.jpg"));  // a folder where the file should go
     ::testing::internal::CaptureStdout();
     ::testing::internal::CaptureStderr();

@@ -11,10 +11,6 @@
 #include "scene/scene.h"
 #include "scene_builder.h"
 
-// Every JSON chunk of ours starts so.
-inline constexpr const char* kAsset =
-    R"({"asset":{"generator":"Fernbright Converter v1.2.2","version":"2.0"},"scene":0,)";
-
 // The two chunks of a GLB file; `ok` only when the header, chunk types and lengths agree.
 struct GlbParts {
     bool ok = false;
@@ -37,8 +33,8 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
 ExportOptions ModelOptions();
 ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool model = false);
 
-// The errors that our output rules themselves produce, each only where its rule puts it.
-const std::vector<std::string>& PrescribedValidatorErrors();
+// WriteAndRead, and the JSON chunk must be that of tests/gltf/data/<stem>.json (one line).
+GlbParts ExpectChunk(const Scene& scene, const std::string& stem, const ExportOptions& options = ModelOptions());
 
 // Fails the current test unless every buffer view of the file is 4-aligned and lies within
 // the one buffer, whose length is that of the binary chunk (a view of length 0 may start at
@@ -46,7 +42,8 @@ const std::vector<std::string>& PrescribedValidatorErrors();
 void ExpectViewsInsideBuffer(const std::string& path);
 
 // Runs ExpectViewsInsideBuffer, then tools/validator/validate.mjs: fails the current test on
-// any error but the prescribed ones and those of `alsoAllowed` (CODE or CODE@POINTER-GLOB);
+// any error but those our output rules produce (tools/validator/prescribed.txt) and those of
+// `alsoAllowed` (each a list of CODE or CODE@POINTER-GLOB, as --allow takes it);
 // skips it when node is absent.
 void ExpectValidatorClean(const std::string& path, const std::vector<std::string>& alsoAllowed = {});
 

@@ -18,22 +18,15 @@ std::string StreamPrinted(float value) {
 }
 
 TEST(FormatFloat, KnownForms) {
-    EXPECT_EQ(FormatFloat(0.1f), "0.1");
-    EXPECT_EQ(FormatFloat(1234567.0f), "1.23457e+06");
-    EXPECT_EQ(FormatFloat(16.0f), "16");
-    EXPECT_EQ(FormatFloat(100000.0f), "100000");
-    EXPECT_EQ(FormatFloat(999999.0f), "999999");
-    EXPECT_EQ(FormatFloat(999999.5f), "1e+06");  // rounds up into the exponent form
-    EXPECT_EQ(FormatFloat(0.0001f), "0.0001");
-    EXPECT_EQ(FormatFloat(0.00001f), "1e-05");
-    EXPECT_EQ(FormatFloat(123456.5f), "123456");  // an exact tie goes to even
-    EXPECT_EQ(FormatFloat(0.0f), "0");
-    EXPECT_EQ(FormatFloat(-0.0f), "-0");
-    EXPECT_EQ(FormatFloat(-2.5f), "-2.5");
-    EXPECT_EQ(FormatFloat(3.4028235e38f), "3.40282e+38");
-    EXPECT_EQ(FormatFloat(1.4e-45f), "1.4013e-45");
-    EXPECT_EQ(FormatFloat(std::numeric_limits<float>::infinity()), "inf");
-    EXPECT_EQ(FormatFloat(-std::numeric_limits<float>::infinity()), "-inf");
+    const float inf = std::numeric_limits<float>::infinity();
+    const std::pair<float, const char*> rows[] = {
+        {0.1f, "0.1"}, {1234567.0f, "1.23457e+06"}, {16.0f, "16"}, {100000.0f, "100000"}, {999999.0f, "999999"},
+        {999999.5f, "1e+06"},  // rounds up into the exponent form
+        {0.0001f, "0.0001"}, {0.00001f, "1e-05"},
+        {123456.5f, "123456"},  // an exact tie goes to even
+        {0.0f, "0"}, {-0.0f, "-0"}, {-2.5f, "-2.5"}, {3.4028235e38f, "3.40282e+38"}, {1.4e-45f, "1.4013e-45"},
+        {inf, "inf"}, {-inf, "-inf"}};
+    for (const auto& [value, text] : rows) EXPECT_EQ(FormatFloat(value), text);
 }
 
 TEST(FormatFloat, MatchesDefaultStreamIncludingNan) {
@@ -58,27 +51,28 @@ TEST(FormatFloat, MatchesDefaultStreamIncludingNan) {
     }
 }
 
-TEST(Escape, PairsAndPassThrough) {
-    EXPECT_EQ(Escape("\\/\"\n\t\b\f\r"), "\\\\\\/\\\"\\n\\t\\b\\f\\r");
-    EXPECT_EQ(Escape("plain \x7f \xc3\xa9"), "plain \x7f \xc3\xa9");
-}
-
-TEST(Escape, LookupTextWithoutEightAndWithTrailingZero) {
-    EXPECT_EQ(Escape(std::string(1, '\0')), "\\u0000");
-    EXPECT_EQ(Escape("\x07"), "\\u0007");
-    EXPECT_EQ(Escape("\x0b"), "\\u000c");  // index 11 of the lookup text is 'c'
-    EXPECT_EQ(Escape("\x18"), "\\u0019");
-    EXPECT_EQ(Escape("\x1a"), "\\u001b");
-    EXPECT_EQ(Escape("\x0f"), std::string("\\u000\0", 6));
-    EXPECT_EQ(Escape("\x1f"), std::string("\\u001\0", 6));
+TEST(Escape, PairsLookupTextWithoutEightAndTrailingZero) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"\\/\"\n\t\b\f\r", "\\\\\\/\\\"\\n\\t\\b\\f\\r"},
+        {"plain \x7f \xc3\xa9", "plain \x7f \xc3\xa9"},
+        {std::string(1, '\0'), "\\u0000"},
+        {"\x07", "\\u0007"},
+        {"\x0b", "\\u000c"},  // index 11 of the lookup text is 'c'
+        {"\x18", "\\u0019"},
+        {"\x1a", "\\u001b"},
+        {"\x0f", std::string("\\u000\0", 6)},
+        {"\x1f", std::string("\\u001\0", 6)}};
+    for (const auto& [text, escaped] : rows) EXPECT_EQ(Escape(text), escaped);
 }
 
 TEST(Unescape, OnlyTheEightPairs) {
-    EXPECT_EQ(Unescape("a\\nb\\tc\\\\d\\/e\\\"f\\bg\\fh\\ri"), "a\nb\tc\\d/e\"f\bg\fh\ri");
-    EXPECT_EQ(Unescape("\\u0041"), "\\u0041");
-    EXPECT_EQ(Unescape("\\q"), "\\q");
-    EXPECT_EQ(Unescape("\\\\n"), "\\n");  // the first pair consumes the second backslash
-    EXPECT_EQ(Unescape("end\\"), "end\\");
+    const std::pair<const char*, const char*> rows[] = {
+        {"a\\nb\\tc\\\\d\\/e\\\"f\\bg\\fh\\ri", "a\nb\tc\\d/e\"f\bg\fh\ri"},
+        {"\\u0041", "\\u0041"},
+        {"\\q", "\\q"},
+        {"\\\\n", "\\n"},  // the first pair consumes the second backslash
+        {"end\\", "end\\"}};
+    for (const auto& [text, plain] : rows) EXPECT_EQ(Unescape(text), plain);
 }
 
 }  // namespace

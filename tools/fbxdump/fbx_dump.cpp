@@ -6,9 +6,8 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <vector>
 
-#include "fbx/fbx_field_stream.h"
+#include "fbx_walk.h"
 
 namespace {
 
@@ -72,44 +71,14 @@ void ReadValues(FbxFieldStream& stream, Totals& totals, bool verbose, int depth)
     }
 }
 
-// Iterative, so that the depth of a file costs no stack.
 void Walk(FbxFieldStream& stream, Totals& totals, bool verbose) {
-    struct Level {
-        int field = 0;
-        int instance = 0;
-    };
-    std::vector<Level> levels(1);
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        const int depth = static_cast<int>(levels.size()) - 1;
-        if (level.field >= stream.FieldNameCount()) {
-            levels.pop_back();
-            if (!levels.empty()) {
-                stream.EndBlock();
-                ++levels.back().instance;
-            }
-            continue;
-        }
-        const std::string name = stream.FieldName(level.field);
-        if (level.instance >= stream.FieldCount(name)) {
-            ++level.field;
-            level.instance = 0;
-            continue;
-        }
-        stream.BeginField(name, level.instance);
+    const fbxwalk::WalkTotals walk = fbxwalk::WalkFields(stream, [&](const std::string& name, int, int depth) {
         ++totals.records;
         if (verbose) std::printf("%*s%s (%d values)\n", depth * 2, "", name.c_str(), stream.ValueCount());
         ReadValues(stream, totals, verbose, depth);
-        if (stream.HasBlock()) {
-            if (stream.BeginBlock()) {
-                levels.push_back(Level());
-                if (static_cast<int>(levels.size()) > totals.maxDepth) totals.maxDepth = static_cast<int>(levels.size());
-                continue;
-            }
-            ++totals.badBlocks;
-        }
-        ++level.instance;
-    }
+    });
+    totals.badBlocks = walk.badBlocks;
+    totals.maxDepth = walk.maxDepth;
 }
 
 }  // namespace

@@ -1,0 +1,630 @@
+// Animation: FbxTime conversions, the key store, curve evaluation, reading AnimationCurve
+// records, and stacks, layers and curve nodes in a scene.
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+
+#include "fbx/fbx_anim.h"
+#include "fbx/fbx_anim_curve_read.h"
+#include "fbx/fbx_anim_eval.h"
+#include "fbx/fbx_anim_keys.h"
+#include "fbx/fbx_deformer.h"
+#include "fbx/fbx_geometry.h"
+#include "fbx/fbx_time.h"
+#include "fbx_fixture.h"
+
+namespace {
+
+using namespace fbxtest;
+
+constexpr FbxLongLong kSecond = 141120000;
+constexpr FbxLongLong kOldSecond = 46186158000LL;
+
+TEST(FbxTime, SetSecondDoubleRoundsAHundredthOfATickAwayFromZero) {
+    struct Row {
+        double seconds;
+        FbxLongLong ticks;
+    };
+    const Row rows[] = {
+        {1.0 / 30, 4704000},                 // 141120000 / 30, a product a hair off the integer
+        {-1.0 / 30, -4704000},
+        {10.996 / double(kSecond), 11},      // 10.996 + 0.005 truncates to 11
+        {10.994 / double(kSecond), 10},      // 10.994 + 0.005 stays below 11
+        {-10.996 / double(kSecond), -11},
+        {1.5, 211680000},
+        {1e300, FbxTime::kInfinite},         // beyond 64 bits: saturates instead of overflowing
+        {-1e300, FbxTime::kMinusInfinite},
+    };
+    for (const Row& row : rows) {
+        FbxTime time;
+        time.SetSecondDouble(row.seconds);
+        EXPECT_EQ(time.Get(), row.ticks) << row.seconds;
+    }
+    EXPECT_EQ(FbxTime(211680000).GetSecondDouble(), 1.5);
+    EXPECT_EQ(FbxTime::MinusInfinite().Get(), FbxLongLong(0x8000000000000001ULL));
+}
+
+TEST(FbxTime, OldUnitTicksConvertThroughHoursMinutesAndSeconds) {
+    struct Row {
+        FbxLongLong old;
+        FbxLongLong ticks;
+    };
+    const Row rows[] = {
+        {kOldSecond, kSecond},
+        {-kOldSecond, -kSecond},
+        // 1 h + 1 min + 1 s + half a second: 3661 s, remainder 23093079000 gives
+        // ((23093079000 + 164) * 141120) / 46186158 = 70560000.5..., truncated.
+        {166270168800000LL + 2771169480000LL + kOldSecond + kOldSecond / 2, 3661 * kSecond + 70560000},
+        // A millisecond: (46186158 + 164) * 141120 / 46186158 = 141120.50 -> 141120, and
+        // negative: (-46186158 + 164) * 141120 / 46186158 = -141119.49 -> -141119 (towards zero).
+        {46186158, 141120},
+        {-46186158, -141119},
+        {0, 0},
+        {FbxTime::kInfinite, FbxTime::kInfinite},
+        {FbxTime::kMinusInfinite, FbxTime::kMinusInfinite},
+    };
+    for (const Row& row : rows) EXPECT_EQ(FbxConvertOldUnitTicks(row.old), row.ticks) << row.old;
+}
+
+// Keys come out sorted by time whatever the order of their insertion and removal, each
+// with the value given to its time (i at 10 i ticks).
+TEST_F(SceneTest, CurveKeysStaySortedThroughInsertionsAndRemovals) {
+    FbxAnimCurve* curve = FbxAnimCurve::Create(scene, "curve");
+    auto add = [curve](int i) { curve->KeySetValue(curve->KeyAdd(FbxTime(FbxLongLong(i) * 10)), float(i)); };
+    auto expectSorted = [curve](int count) {
+        ASSERT_EQ(curve->KeyGetCount(), count);
+        for (int i = 0; i < count; ++i) {
+            EXPECT_EQ(curve->KeyGetTime(i).Get(), FbxLongLong(i) * 10) << i;
+            EXPECT_EQ(curve->KeyGetValue(i), float(i)) << i;
+        }
+    };
+    // Odd times first, descending, then the even ones: every insertion lands between keys.
+    for (int i = 199; i >= 1; i -= 2) add(i);
+    for (int i = 0; i < 200; i += 2) add(i);
+    expectSorted(200);
+    // A time already present returns its key instead of adding one.
+    EXPECT_EQ(curve->KeyAdd(FbxTime(420)), 42);
+    EXPECT_EQ(curve->KeyGetCount(), 200);
+    ASSERT_TRUE(curve->KeyRemove(84));
+    EXPECT_EQ(curve->KeyGetTime(84).Get(), 850);
+    EXPECT_EQ(curve->KeyGetTime(83).Get(), 830);
+    add(84);
+    expectSorted(200);
+    while (curve->KeyGetCount() > 42) curve->KeyRemove(curve->KeyGetCount() - 1);
+    add(42);
+    expectSorted(43);
+    EXPECT_FALSE(curve->KeyRemove(43));
+}
+
+TEST(FbxAnimKeyStore, ChangingASharedAttributeGivesTheKeyItsOwnRecord) {
+    FbxAnimKeyStore store;
+    FbxAnimKeyAttr linear;
+    linear.flags = kFbxInterpolationLinear;
+    const uint32_t shared = store.AddAttr(linear);
+    for (int i = 0; i < 3; ++i) store.AppendKey(i, 0.0f, shared);
+    EXPECT_EQ(store.Attr(0).refCount, 3);
+
+    store.MutableAttr(1).flags = kFbxInterpolationConstant;
+    EXPECT_EQ(store.Flags(0), uint32_t(kFbxInterpolationLinear));
+    EXPECT_EQ(store.Flags(1), uint32_t(kFbxInterpolationConstant));
+    EXPECT_EQ(store.Flags(2), uint32_t(kFbxInterpolationLinear));
+    EXPECT_EQ(store.Attr(0).refCount, 2);
+    EXPECT_EQ(store.Attr(1).refCount, 1);
+
+    // A copy is independent of its source.
+    FbxAnimKeyStore copy = store;
+    copy.MutableAttr(0).flags = kFbxInterpolationCubic;
+    EXPECT_EQ(store.Flags(0), uint32_t(kFbxInterpolationLinear));
+    EXPECT_EQ(store.Flags(2), uint32_t(kFbxInterpolationLinear));
+}
+
+
+FbxTime At(double seconds) { return FbxTime(FbxLongLong(std::llround(seconds * double(kSecond)))); }
+
+uint32_t FlagBits(const std::string& names) {
+    const std::pair<const char*, uint32_t> kNames[] = {
+        {"const", kFbxInterpolationConstant},
+        {"next", kFbxConstantNext},
+        {"linear", kFbxInterpolationLinear},
+        {"user", kFbxInterpolationCubic | kFbxTangentUser},
+        {"auto", kFbxInterpolationCubic | kFbxTangentAuto},
+        {"ti", kFbxTangentTimeIndependent},
+        {"tcb", kFbxInterpolationCubic | kFbxTangentTCB},
+        {"weighted", kFbxWeightedMask},
+        {"wright", kFbxWeightedRight},
+    };
+    uint32_t flags = 0;
+    std::stringstream in(names);
+    for (std::string name; std::getline(in, name, '+');) {
+        bool known = false;
+        for (const auto& [text, bits] : kNames) {
+            if (name == text) flags |= bits, known = true;
+        }
+        EXPECT_TRUE(known) << name;
+    }
+    return flags;
+}
+
+// Keys as the tables under data/ write them: seconds:value[:flags[:word0[:word1[:word2]]]],
+// space separated (see curve_values.txt).
+FbxAnimKeyStore Curve(const std::string& keys) {
+    FbxAnimKeyStore store;
+    std::stringstream in(keys);
+    for (std::string key; in >> key;) {
+        std::vector<std::string> part;
+        std::stringstream fields(key);
+        for (std::string field; std::getline(fields, field, ':');) part.push_back(field);
+        part.resize(6);
+        FbxAnimKeyAttr attr;
+        attr.flags = part[2].empty() ? uint32_t(kFbxInterpolationLinear) : FlagBits(part[2]);
+        attr.data[0] = FbxFloatToBits(float(testsupport::Number(part[3])));
+        attr.data[1] = FbxFloatToBits(float(testsupport::Number(part[4])));
+        const bool bits = part[5].find('.') != std::string::npos;
+        attr.data[2] = bits ? FbxFloatToBits(float(testsupport::Number(part[5]))) : uint32_t(std::stoul("0" + part[5]));
+        const FbxTime time = At(testsupport::Number(part[0]));
+        store.AppendKey(time.Get(), float(testsupport::Number(part[1])), store.AddAttr(attr));
+    }
+    return store;
+}
+
+TEST(FbxAnimEval, ValuesOfEveryInterpolation) {
+    const testsupport::Table rows = Table("curve_values.txt");
+    ASSERT_GT(rows.size(), 15u);
+    for (const testsupport::TableRow& row : rows) {
+        const FbxAnimKeyStore store = Curve(row[1]);
+        EXPECT_FLOAT_EQ(EvaluateCurve(store, At(testsupport::Number(row[2]))), float(testsupport::Number(row[3])))
+            << "line " << row.line << ": " << row[0];
+    }
+}
+
+TEST(FbxAnimEval, DerivativesAtKeysAndInsideIntervals) {
+    const testsupport::Table rows = Table("curve_derivatives.txt");
+    ASSERT_GT(rows.size(), 10u);
+    for (const testsupport::TableRow& row : rows) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
+        const FbxAnimKeyStore store = Curve(row[1]);
+        const FbxTime time = At(testsupport::Number(row[2]));
+        EXPECT_FLOAT_EQ(EvaluateCurveLeftDerivative(store, time), float(testsupport::Number(row[3])));
+        EXPECT_FLOAT_EQ(EvaluateCurveRightDerivative(store, time), float(testsupport::Number(row[4])));
+    }
+}
+
+TEST(FbxAnimEval, Extrapolation) {
+    const char* const kModes[] = {"", "Constant", "Repetition", "MirrorRepetition", "KeepSlope", "RelativeRepetition"};
+    const testsupport::Table rows = Table("curve_extrapolation.txt");
+    ASSERT_GT(rows.size(), 15u);
+    for (const testsupport::TableRow& row : rows) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0] << " " << row[1]);
+        FbxAnimKeyStore store = Curve("1:0 3:4");
+        const auto mode = FbxExtrapolation(std::find(kModes, std::end(kModes), row[2]) - kModes);
+        const uint32_t count = row[3] == "-" ? kFbxUnlimited : uint32_t(std::stoul(row[3]));
+        (row[0] == "after" ? store.postExtrapolation : store.preExtrapolation) = mode;
+        (row[0] == "after" ? store.postExtrapolationCount : store.preExtrapolationCount) = count;
+        const FbxTime time = At(testsupport::Number(row[4]));
+        EXPECT_FLOAT_EQ(EvaluateCurve(store, time), float(testsupport::Number(row[5])));
+        EXPECT_FLOAT_EQ(EvaluateCurveRightDerivative(store, time), float(testsupport::Number(row[6])));
+    }
+}
+
+TEST(FbxAnimEval, CurvesWithoutKeysOrWithOneKey) {
+    FbxAnimKeyStore empty;
+    empty.defaultValue = 7.5f;
+    EXPECT_EQ(EvaluateCurve(empty, At(1)), 7.5f);
+    EXPECT_EQ(EvaluateCurveLeftDerivative(empty, At(1)), 0.0f);
+
+    // A lone key's slopes are those of a first and a last key: 0, even when kept.
+    FbxAnimKeyStore one = Curve("1:3:user:5:5");
+    one.preExtrapolation = FbxExtrapolation::KeepSlope;
+    EXPECT_EQ(EvaluateCurve(one, At(0)), 3.0f);
+    EXPECT_EQ(EvaluateCurveRightDerivative(one, At(0)), 0.0f);
+}
+
+TEST(FbxAnimEval, SearchStartsAtTheGivenIndexAndReturnsTheInterval) {
+    std::string keys;
+    for (int i = 0; i < 100; ++i) keys += std::to_string(i) + ":" + std::to_string(i) + " ";
+    const FbxAnimKeyStore store = Curve(keys);
+    int index = 0;
+    EXPECT_EQ(EvaluateCurve(store, At(50.5), &index), 50.5f);
+    EXPECT_EQ(index, 50);
+    index = 99;  // searching downwards
+    EXPECT_EQ(EvaluateCurve(store, At(10.25), &index), 10.25f);
+    EXPECT_EQ(index, 10);
+    index = 1000;  // out of range: only a starting point
+    EXPECT_EQ(EvaluateCurve(store, At(98), &index), 98.0f);
+    EXPECT_EQ(index, 98);
+    // Without an index the store remembers its own.
+    EXPECT_EQ(EvaluateCurve(store, At(20.5)), 20.5f);
+    EXPECT_EQ(store.lastSearchIndex, 20);
+}
+
+TEST(FbxAnimEval, KeysSharingATimeGiveNoInfinity) {
+    const FbxAnimKeyStore store = Curve("0:0 1:5 1:9:tcb 2:1");
+    for (double seconds : {0.5, 1.0, 1.5}) {
+        EXPECT_TRUE(std::isfinite(EvaluateCurve(store, At(seconds)))) << seconds;
+        EXPECT_TRUE(std::isfinite(EvaluateCurveLeftDerivative(store, At(seconds)))) << seconds;
+        EXPECT_TRUE(std::isfinite(EvaluateCurveRightDerivative(store, At(seconds)))) << seconds;
+    }
+}
+
+
+
+struct FileKind {
+    uint32_t version = 7400;
+    int32_t headerVersion = 1003;
+    std::optional<int32_t> tcDefinition;
+};
+
+struct ReadResult {
+    bool ok = false;
+    FbxStatus status;
+    FbxAnimKeyStore store;
+};
+
+// Writes a file whose Objects hold one AnimationCurve with the given fields, opens it the
+// way the reader does and reads the curve's keys.
+ReadResult ReadCurve(std::vector<Record> fields, FileKind kind = {}) {
+    Record objects("Objects");
+    Record& curve = objects.Child(fbxwriter::ObjectRecord("AnimationCurve", 7, "", "AnimCurve", ""));
+    for (Record& field : fields) curve.Child(std::move(field));
+    fbxwriter::Options options;
+    options.version = kind.version;
+    const std::vector<uint8_t> bytes = fbxwriter::Write(
+        {fbxwriter::HeaderExtension(kind.headerVersion, int32_t(kind.version), kind.tcDefinition), objects}, options);
+
+    ReadResult result;
+    FbxStatus openStatus;
+    auto stream = Open(bytes, openStatus);
+    EXPECT_TRUE(stream) << openStatus.GetErrorString();
+    if (!stream) return result;
+    EXPECT_TRUE(stream->BeginField("Objects") && stream->BeginBlock());
+    EXPECT_TRUE(stream->BeginField("AnimationCurve") && stream->BeginBlock());
+    result.ok = ReadAnimCurveKeyStore(*stream, result.store, result.status);
+    return result;
+}
+
+Record Field(const char* name, Value value) {
+    Record record(name);
+    record.Add(std::move(value));
+    return record;
+}
+
+Record Extrapolation(const char* name, char type, int32_t repetition) {
+    Record record(name);
+    record.Add("Type").Char(type);
+    record.Add("Repetition").Int(repetition);
+    return record;
+}
+
+// A float's bits as the data words of a file hold them.
+int32_t Bits(float value) {
+    int32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+// Fields of a well-formed curve of 3 keys at 0, 1, 2 old-unit seconds: one linear record
+// for key 0, one cubic user record shared by keys 1 and 2.
+std::vector<Record> ThreeKeys() {
+    return {
+        Field("KeyTime", Value::LongArray({0, kOldSecond, 2 * kOldSecond})),
+        Field("KeyValueFloat", Value::FloatArray({1.0f, 2.0f, 4.0f})),
+        Field("KeyAttrFlags", Value::IntArray({0x4, 0x408})),
+        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 1.5f, 2.5f, 0, 0})),
+        Field("KeyAttrRefCount", Value::IntArray({1, 2})),
+    };
+}
+
+TEST(FbxAnimRead, KeyTimesFollowTheTimeUnitDefinition) {
+    struct Row {
+        const char* name;
+        FileKind kind;
+        int64_t oneSecond;  // how the key written as 46186158000 reads
+    };
+    const Row rows[] = {
+        {"no definition (header 1003): old unit", {7400, 1003, std::nullopt}, kSecond},
+        {"definition 127", {7700, 1004, 127}, kSecond},
+        {"definition 127 in a 7600 file", {7600, 1004, 127}, kOldSecond},
+        {"another definition", {7500, 1004, 0}, kOldSecond},
+    };
+    for (const Row& row : rows) {
+        const ReadResult r = ReadCurve(ThreeKeys(), row.kind);
+        EXPECT_TRUE(r.ok) << row.name;
+        ASSERT_EQ(r.store.KeyCount(), 3) << row.name;
+        EXPECT_EQ(r.store.Key(1).time, row.oneSecond) << row.name;
+        EXPECT_EQ(r.store.Key(2).time, 2 * row.oneSecond) << row.name;
+    }
+}
+
+TEST(FbxAnimRead, AttributeRecordsHoldRunsOfKeys) {
+    // Counts (3, 2) over 5 keys: keys 0 to 2 share record 0, keys 3 and 4 record 1.
+    const ReadResult r = ReadCurve({
+        Field("KeyTime", Value::LongArray({0, 1, 2, 3, 4})),
+        Field("KeyValueFloat", Value::FloatArray({0, 1, 2, 3, 4})),
+        Field("KeyAttrFlags", Value::IntArray({0x2, 0x4})),
+        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0})),
+        Field("KeyAttrRefCount", Value::IntArray({3, 2})),
+    });
+    ASSERT_TRUE(r.ok);
+    ASSERT_EQ(r.store.KeyCount(), 5);
+    for (int k = 0; k < 5; ++k) EXPECT_EQ(r.store.Flags(k), k < 3 ? 0x2u : 0x4u) << k;
+    EXPECT_EQ(&r.store.Attr(0), &r.store.Attr(2));
+    EXPECT_EQ(r.store.Attr(0).refCount, 3);
+    EXPECT_EQ(r.store.Attr(4).refCount, 2);
+
+    // A count list of another length than the flags counts one key a record.
+    const ReadResult one = ReadCurve({
+        Field("KeyTime", Value::LongArray({0, 1})),
+        Field("KeyValueFloat", Value::FloatArray({0, 1})),
+        Field("KeyAttrFlags", Value::IntArray({0x2, 0x4})),
+        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0})),
+        Field("KeyAttrRefCount", Value::IntArray({2})),
+    });
+    ASSERT_TRUE(one.ok);
+    EXPECT_EQ(one.store.Flags(0), 0x2u);
+    EXPECT_EQ(one.store.Flags(1), 0x4u);
+}
+
+TEST(FbxAnimRead, DataWordsAreRawFromFloatOrIntArrays) {
+    // Word 2 holds two 16-bit weights (3333 each); as a float it is a tiny number whose
+    // bits must survive untouched.
+    const int32_t weights = (3333 << 16) | 3333;
+    float weightsAsFloat;
+    std::memcpy(&weightsAsFloat, &weights, sizeof weightsAsFloat);
+    const Value asFloats = Value::FloatArray({1.5f, -2.0f, weightsAsFloat, 0.0f});
+    const Value asInts = Value::IntArray({Bits(1.5f), Bits(-2.0f), weights, 0});
+    for (const Value& words : {asFloats, asInts}) {
+        const ReadResult r = ReadCurve({
+            Field("KeyTime", Value::LongArray({0})),
+            Field("KeyValueFloat", Value::FloatArray({0})),
+            Field("KeyAttrFlags", Value::IntArray({0x408})),
+            Field("KeyAttrDataFloat", words),
+            Field("KeyAttrRefCount", Value::IntArray({1})),
+        });
+        ASSERT_TRUE(r.ok) << words.code;
+        EXPECT_EQ(r.store.Word(0, 0), 1.5f) << words.code;
+        EXPECT_EQ(r.store.Word(0, 1), -2.0f) << words.code;
+        EXPECT_EQ(r.store.Attr(0).data[2], uint32_t(weights)) << words.code;
+    }
+}
+
+TEST(FbxAnimRead, LengthMismatchesKeepTheKeysRead) {
+    struct Row {
+        const char* name;
+        size_t field;  // which of ThreeKeys' fields is replaced
+        Value value;
+        bool valuesKept;
+    };
+    const Row rows[] = {
+        {"two values for three keys", 1, Value::FloatArray({1, 2}), false},
+        {"seven data words for two records", 3, Value::FloatArray({0, 0, 0, 0, 0, 0, 0}), true},
+        {"counts summing to four", 4, Value::IntArray({2, 2}), true},
+        {"a negative count", 4, Value::IntArray({4, -1}), true},
+    };
+    for (const Row& row : rows) {
+        std::vector<Record> fields = ThreeKeys();
+        fields[row.field].values = {row.value};
+        const ReadResult r = ReadCurve(std::move(fields));
+        EXPECT_FALSE(r.ok) << row.name;
+        EXPECT_EQ(r.status.GetCode(), kFbxFailure) << row.name;
+        EXPECT_EQ(r.status.GetErrorString(), "Corrupted animation data.") << row.name;
+        ASSERT_EQ(r.store.KeyCount(), 3) << row.name;
+        EXPECT_EQ(r.store.Key(2).time, 2 * kSecond) << row.name;
+        EXPECT_EQ(r.store.Value(2), row.valuesKept ? 4.0f : 0.0f) << row.name;
+    }
+}
+
+TEST(FbxAnimRead, DoubleValuesDefaultAndExtrapolation) {
+    const ReadResult r = ReadCurve({
+        Field("Default", Value::Double(2.5)),
+        Field("KeyTime", Value::LongArray({0, kOldSecond})),
+        Field("KeyValueDouble", Value::DoubleArray({0.1, 3.0})),
+        Field("KeyAttrFlags", Value::IntArray({0x4})),
+        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0})),
+        Field("KeyAttrRefCount", Value::IntArray({2})),
+        Extrapolation("Pre-Extrapolation", 'M', 2),
+        Extrapolation("Post-Extrapolation", 'K', -1),
+    });
+    ASSERT_TRUE(r.ok);
+    EXPECT_EQ(r.store.Value(0), 0.1f);
+    EXPECT_EQ(r.store.defaultValue, 2.5f);
+    EXPECT_EQ(r.store.preExtrapolation, FbxExtrapolation::MirrorRepetition);
+    EXPECT_EQ(r.store.preExtrapolationCount, 2u);
+    EXPECT_EQ(r.store.postExtrapolation, FbxExtrapolation::KeepSlope);
+    EXPECT_EQ(r.store.postExtrapolationCount, kFbxUnlimited);
+
+    const ReadResult empty = ReadCurve({Field("Default", Value::Double(-4.0))});
+    EXPECT_TRUE(empty.ok);
+    EXPECT_EQ(empty.store.KeyCount(), 0);
+    EXPECT_EQ(EvaluateCurve(empty.store, FbxTime(kSecond)), -4.0f);
+}
+
+struct FbxAnimObjects : SceneTest {
+    FbxNode* node = FbxNode::Create(scene, "node");
+    FbxAnimStack* stack = FbxAnimStack::Create(scene, "Take 001");
+    FbxAnimLayer* base = FbxAnimLayer::Create(scene, "Base Layer");
+    FbxAnimLayer* second = FbxAnimLayer::Create(scene, "Layer 2");
+    FbxAnimObjects() {
+        node->LclTranslation.Set(FbxDouble3{1, 2, 3});
+        stack->ConnectSrcObject(base);
+        stack->ConnectSrcObject(second);
+    }
+
+    // A curve node as files give it: named "T", channels d|X, d|Y, d|Z, a source of the
+    // property and of the layer.
+    FbxAnimCurveNode* FileNode(FbxAnimLayer* layer) {
+        FbxAnimCurveNode* fileNode = FbxAnimCurveNode::Create(scene, "T");
+        for (const char* axis : {"X", "Y", "Z"}) fileNode->AddChannel(axis, FbxNumberDT, 9.0);
+        node->LclTranslation.ConnectSrcObject(fileNode);
+        layer->ConnectSrcObject(fileNode);
+        return fileNode;
+    }
+};
+
+TEST_F(FbxAnimObjects, CurvesAreMadeOnTheAskedLayerWithChannelsFromTheProperty) {
+    FbxProperty& translation = node->LclTranslation;
+    EXPECT_EQ(translation.GetCurve(base, "Lcl Translation", "Y", false), nullptr);
+    EXPECT_EQ(translation.GetCurveNode(false), nullptr);
+
+    FbxAnimCurve* y = translation.GetCurve(base, "Lcl Translation", "Y", true);
+    ASSERT_NE(y, nullptr);
+    EXPECT_EQ(y->KeyGetCount(), 0);
+    EXPECT_EQ(translation.GetCurve(base, "Lcl Translation", "Y", false), y);
+    EXPECT_EQ(translation.GetCurve(second, "Lcl Translation", "Y", false), nullptr);
+
+    // Without a layer: the first layer of the scene's first stack.
+    FbxAnimCurveNode* made = translation.GetCurveNode(false);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->GetChannelsCount(), 3);
+    EXPECT_STREQ(made->GetChannelName(2), "Z");
+    EXPECT_EQ(made->GetChannelValue("X", -1.0), 1.0);
+    EXPECT_EQ(made->GetChannelValue("Z", -1.0), 3.0);
+    EXPECT_EQ(made->GetChannelValue("W", -1.0), -1.0);
+    EXPECT_EQ(made->GetCurve(1), y);
+    EXPECT_EQ(made->GetCurve(0), nullptr);
+}
+
+TEST_F(FbxAnimObjects, TheNodeNameFiltersUnlessItIsThePropertyName) {
+    FbxAnimCurveNode* fileNode = FileNode(base);
+    FbxAnimCurve* z = fileNode->CreateCurve("T", 2);
+    ASSERT_NE(z, nullptr);
+    FbxProperty& translation = node->LclTranslation;
+    struct Row {
+        const char* nodeName;
+        const char* channel;
+        FbxAnimCurve* expected;
+    };
+    const Row rows[] = {
+        {"Lcl Translation", "Z", z},
+        {nullptr, "Z", z},
+        {"T", "Z", z},
+        {"R", "Z", nullptr},
+        {"T", "W", nullptr},
+        {"T", "X", nullptr},  // channel without a curve
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(translation.GetCurve(base, row.nodeName, row.channel, false), row.expected)
+            << (row.nodeName ? row.nodeName : "null") << " " << row.channel;
+    }
+    // A null channel takes the first one, which gets its curve when asked to.
+    FbxAnimCurve* x = translation.GetCurve(base, "Lcl Translation", nullptr, true);
+    ASSERT_NE(x, nullptr);
+    EXPECT_EQ(fileNode->GetCurve(0), x);
+    EXPECT_EQ(fileNode->GetChannelValue(0, 0.0), 9.0);
+}
+
+TEST_F(FbxAnimObjects, ShapeChannelCurvesAreFoundOrMadeOnTheLayer) {
+    FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
+    FbxBlendShape* blendShape = FbxBlendShape::Create(scene, "shapes");
+    mesh->ConnectSrcObject(FbxSkin::Create(scene, "skin"));
+    mesh->ConnectSrcObject(blendShape);
+    FbxBlendShapeChannel* animated = FbxBlendShapeChannel::Create(scene, "smile");
+    FbxBlendShapeChannel* still = FbxBlendShapeChannel::Create(scene, "blink");
+    blendShape->ConnectSrcObject(animated);
+    blendShape->ConnectSrcObject(still);
+
+    FbxAnimCurve* smile = animated->DeformPercent.GetCurve(base, "DeformPercent", nullptr, true);
+    ASSERT_NE(smile, nullptr);
+    smile->KeySetValue(smile->KeyAdd(FbxTime(0)), 50.0f);
+
+    FbxStatus status(kFbxFailure);
+    EXPECT_EQ(mesh->GetShapeChannel(0, 0, base, true, &status), smile);
+    EXPECT_EQ(status.GetCode(), kFbxSuccess);
+
+    FbxAnimCurve* blink = mesh->GetShapeChannel(0, 1, second, true, &status);
+    ASSERT_NE(blink, nullptr);
+    EXPECT_EQ(blink->KeyGetCount(), 0);
+    EXPECT_EQ(mesh->GetShapeChannel(0, 1, second, true, &status), blink);
+    EXPECT_EQ(mesh->GetShapeChannel(0, 1, base, false, &status), nullptr);
+
+    struct Refusal {
+        int blendShape, channel;
+        FbxAnimLayer* layer;
+        FbxStatusCode code;
+    };
+    const Refusal refusals[] = {
+        {0, 0, nullptr, kFbxFailure},
+        {1, 0, base, kFbxIndexOutOfRange},  // the skin does not count as a blend shape
+        {-1, 0, base, kFbxIndexOutOfRange},
+        {0, 2, base, kFbxIndexOutOfRange},
+    };
+    for (const Refusal& r : refusals) {
+        status.Clear();
+        EXPECT_EQ(mesh->GetShapeChannel(r.blendShape, r.channel, r.layer, true, &status), nullptr);
+        EXPECT_EQ(status.GetCode(), r.code) << r.blendShape << " " << r.channel;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// Evenly spaced keys are kept as a start and a step until an edit breaks the spacing;
+// every state must read back the same times. Old-unit ticks: one old second is
+// 46186158000 ticks and reads as 141120000 (the rest, (0 + 164) * 141120 / 46186158,
+// rounds to 0).
+TEST(FbxAnimKeyStore, EvenTimesSurviveEveryEdit) {
+    constexpr FbxLongLong kOld = 46186158000LL, kNew = 141120000LL;
+    struct Row {
+        const char* name;
+        bool oldUnit;
+        FbxLongLong step;  // in file ticks
+        FbxLongLong read;  // the step as read
+    };
+    const Row rows[] = {{"new unit", false, 10, 10}, {"old unit", true, kOld, kNew}};
+    for (const Row& row : rows) {
+        FbxAnimKeyStore store;
+        FbxAnimKeyAttr linear;
+        linear.flags = kFbxInterpolationLinear;
+        store.Assign({0, row.step, 2 * row.step, 3 * row.step}, row.oldUnit, {0, 1, 2, 3}, {linear}, {4});
+        ASSERT_EQ(store.KeyCount(), 4) << row.name;
+        for (int i = 0; i < 4; ++i) EXPECT_EQ(store.KeyTime(i), i * row.read) << row.name;
+
+        store.KeyRemove(0);  // 1 2 3
+        EXPECT_EQ(store.KeyTime(0), row.read) << row.name;
+        store.AppendKey(4 * row.read, 4.0f, store.AddAttr(linear));  // 1 2 3 4
+        store.AppendKey(6 * row.read, 6.0f, store.AddAttr(linear));  // spacing broken: 1 2 3 4 6
+        const int at = store.KeyAdd(FbxTime(5 * row.read));           // 1 2 3 4 5 6
+        EXPECT_EQ(at, 4) << row.name;
+        store.SetValue(at, 5.0f);
+        ASSERT_EQ(store.KeyCount(), 6) << row.name;
+        for (int i = 0; i < 6; ++i) {
+            EXPECT_EQ(store.KeyTime(i), (i + 1) * row.read) << row.name << " " << i;
+            EXPECT_EQ(store.Value(i), float(i + 1)) << row.name << " " << i;
+        }
+        // The key added in the middle has a cubic record of its own; the first keys share theirs.
+        EXPECT_EQ(store.Flags(4), uint32_t(kFbxInterpolationCubic | kFbxTangentAuto)) << row.name;
+        EXPECT_EQ(store.Attr(0).refCount, 3) << row.name;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// Children by index while the list changes between look-ups: a walk that resumes from
+// the last child found must still see removals, insertions and other kinds of sources.
+TEST_F(SceneTest, ChildrenByIndexFollowRemovalsAndAdditions) {
+    FbxNode* parent = FbxNode::Create(scene, "parent");
+    FbxNode* kids[4];
+    for (int i = 0; i < 4; ++i) {
+        kids[i] = FbxNode::Create(scene, ("kid" + std::to_string(i)).c_str());
+        parent->AddChild(kids[i]);
+        // A source of another kind between children does not count as one.
+        parent->ConnectSrcObject(FbxMesh::Create(scene, ""));
+    }
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(parent->GetChild(i), kids[i]);
+    ASSERT_EQ(parent->GetChildCount(), 4);
+
+    parent->RemoveChild(kids[1]);  // kid0 kid2 kid3
+    EXPECT_EQ(parent->GetChildCount(), 3);
+    EXPECT_EQ(parent->GetChild(1), kids[2]);
+    EXPECT_EQ(parent->GetChild(2), kids[3]);
+    EXPECT_EQ(parent->GetChild(3), nullptr);
+    parent->AddChild(kids[1]);  // kid0 kid2 kid3 kid1
+    EXPECT_EQ(parent->GetChildCount(), 4);
+    EXPECT_EQ(parent->GetChild(3), kids[1]);
+    EXPECT_EQ(parent->GetChild(0), kids[0]);  // backwards from the last look-up
+    EXPECT_EQ(parent->GetSrcObjectCount<FbxMesh>(), 4);
+}
+
+}  // namespace

@@ -1,0 +1,768 @@
+// The object model (data types, property trees, connections in order) and the file reader:
+// properties and templates, the class each record makes, connections of every type, and the
+// outcomes of Initialize and Import.
+#include <filesystem>
+
+#include "fbx/fbx_anim.h"
+#include "fbx/fbx_deformer.h"
+#include "fbx/fbx_geometry.h"
+#include "fbx/fbx_material.h"
+#include "fbx/fbx_properties70.h"
+#include "fbx_fixture.h"
+#include "file_contents.h"
+#include "scratch_folder.h"
+
+namespace {
+
+using namespace fbxtest;
+using fbxwriter::ConnectionOO;
+using fbxwriter::ConnectionOP;
+using fbxwriter::ConnectionPO;
+using fbxwriter::ConnectionPP;
+
+TEST_F(SceneTest, NameBehindNamespace) {
+    FbxNode* node = FbxNode::Create(scene, "Model::Cube");
+    EXPECT_STREQ(node->GetName(), "Cube");
+    EXPECT_EQ(node->GetNameWithNameSpace(), "Model::Cube");
+    EXPECT_EQ(node->GetNameSpacePrefix(), "Model");
+    EXPECT_STREQ(FbxNode::Create(scene, "Plain")->GetName(), "Plain");
+}
+
+TEST_F(SceneTest, PropertyTreeFindWalksSeparatedNames) {
+    FbxNode* node = FbxNode::Create(scene, "n");
+    FbxProperty d = FbxProperty::Create(node, FbxCompoundDT, "d");
+    FbxProperty x = FbxProperty::Create(d, FbxNumberDT, "X");
+    ASSERT_TRUE(x.IsValid());
+    EXPECT_EQ(node->FindPropertyHierarchical("d|X"), x);
+    EXPECT_EQ(node->RootProperty.Find("d|X"), x);
+    EXPECT_FALSE(node->FindProperty("d|X").IsValid());  // a direct child of that name does not exist
+    EXPECT_FALSE(node->FindPropertyHierarchical("D|x").IsValid());
+    EXPECT_EQ(node->FindPropertyHierarchical("D|x", false), x);
+    EXPECT_FALSE(node->FindPropertyHierarchical("d|Y").IsValid());
+    EXPECT_EQ(x.GetHierarchicalName(), "d|X");
+    EXPECT_STREQ(x.GetName(), "X");
+    EXPECT_STREQ(node->RootProperty.GetName(), "n");
+    bool found = false;
+    EXPECT_EQ(FbxProperty::Create(d, FbxNumberDT, "X", "", true, &found), x);
+    EXPECT_TRUE(found);
+}
+
+TEST_F(SceneTest, InvalidPropertyLeavesOutValueAlone) {
+    FbxNode* node = FbxNode::Create(scene, "n");
+    FbxProperty missing = node->FindProperty("NotAProperty");
+    EXPECT_FALSE(missing.IsValid());
+    EXPECT_FALSE(FbxProperty().IsValid());
+    double value = 7.5;
+    EXPECT_FALSE(missing.Get(&value, eFbxDouble));
+    EXPECT_EQ(value, 7.5);
+    // A reference property has no value either.
+    EXPECT_FALSE(node->LookAtProperty.Get(&value, eFbxDouble));
+    EXPECT_EQ(value, 7.5);
+}
+
+TEST_F(SceneTest, GetConvertsBetweenTypes) {
+    FbxNode* node = FbxNode::Create(scene, "n");
+    node->LclScaling.Set(FbxDouble3{2, 3, 4});
+    EXPECT_EQ(node->LclScaling.FbxProperty::Get<double>(), 2.0);  // first component
+    node->Visibility.Set(0.0);
+    EXPECT_FALSE(node->Visibility.FbxProperty::Get<bool>());
+    node->RotationOrder.Set(5);
+    EXPECT_EQ(node->RotationOrder.FbxProperty::Get<double>(), 5.0);
+    std::string text = "unchanged";
+    EXPECT_FALSE(node->RotationOrder.FbxProperty::Get(&text, eFbxString));
+    EXPECT_EQ(text, "unchanged");
+}
+
+TEST_F(SceneTest, ConnectionsKeepOrderAndFilterByClass) {
+    FbxNode* parent = FbxNode::Create(scene, "parent");
+    FbxNode* a = FbxNode::Create(scene, "a");
+    FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
+    FbxNode* b = FbxNode::Create(scene, "b");
+    parent->ConnectSrcObject(a);
+    parent->ConnectSrcObject(mesh);
+    parent->ConnectSrcObject(b);
+    EXPECT_EQ(parent->GetSrcObjectCount(), 3);
+    EXPECT_EQ(parent->GetChildCount(), 2);
+    EXPECT_EQ(parent->GetChild(0), a);
+    EXPECT_EQ(parent->GetChild(1), b);
+    EXPECT_EQ(parent->GetChild(2), nullptr);
+    EXPECT_EQ(parent->GetChild(-1), nullptr);
+    EXPECT_EQ(parent->GetSrcObject<FbxGeometry>(0), mesh);  // a subclass matches
+    EXPECT_EQ(parent->GetNodeAttribute(), mesh);            // the first attribute becomes the default one
+    EXPECT_EQ(b->GetParent(), parent);
+    EXPECT_EQ(mesh->GetNode(), parent);
+    b->Destroy();
+    EXPECT_EQ(parent->GetChildCount(), 1);
+    EXPECT_EQ(parent->GetSrcObject(1), mesh);
+}
+
+TEST_F(SceneTest, PropertyConnectionsAreNotObjectConnections) {
+    FbxNode* node = FbxNode::Create(scene, "n");
+    FbxObject* curveNode = FbxObject::Create(scene, "cn");
+    node->LclTranslation.ConnectSrcObject(curveNode);
+    EXPECT_EQ(node->LclTranslation.GetSrcObjectCount(), 1);
+    EXPECT_EQ(node->GetSrcObjectCount(), 0);
+    EXPECT_EQ(curveNode->GetDstPropertyCount(), 1);
+    EXPECT_EQ(curveNode->GetDstProperty(0), node->LclTranslation);
+    EXPECT_EQ(curveNode->GetDstObjectCount(), 1);  // the scene that owns it
+}
+
+TEST_F(SceneTest, RecursiveChildCountFollowsTheTree) {
+    FbxNode* root = scene->GetRootNode();
+    FbxNode* a = Child(root, "a");
+    FbxNode* b = Child(a, "b");
+    FbxNode* c = Child(b, "c");
+    EXPECT_EQ(root->GetChildCount(false), 1);
+    EXPECT_EQ(root->GetChildCount(true), 3);
+    c->AddChild(b);  // AddChild moves a node: b leaves a
+    EXPECT_EQ(a->GetChildCount(), 0);
+    EXPECT_EQ(b->GetParent(), c);
+}
+
+TEST(PropertyFlagsTest, LettersAndDigits) {
+    const testsupport::Table rows = Table("property_flags.txt");
+    ASSERT_GT(rows.size(), 10u);
+    for (const testsupport::TableRow& row : rows) {
+        EXPECT_EQ(FbxParsePropertyFlags(row[0]), uint32_t(std::stoul(row[1]))) << "line " << row.line;
+    }
+}
+
+// One Model with the given P records; the node that comes out.
+struct OneNode {
+    std::unique_ptr<Imported> file;
+    FbxNode* node = nullptr;
+};
+
+OneNode ReadNode(const std::function<void(Record&)>& fill, const std::function<void(Record&)>& definitions = {}) {
+    FileParts parts;
+    Record model = Object("Model", 10, "Cube", "Model", "Mesh");
+    fill(model);
+    parts.objects.Child(model);
+    if (definitions) definitions(parts.definitions);
+    parts.connections.Child(ConnectionOO(10, 0));
+    OneNode result;
+    result.file = Import(parts);
+    result.node = result.file->Find<FbxNode>("Cube");
+    return result;
+}
+
+TEST(PropertyRecordTest, ValuesByType) {
+    OneNode n = ReadNode([](Record& m) {
+        P(m, "Lcl Translation", "Lcl Translation", "", "A").Double(1).Double(2).Double(3);
+        P(m, "MyInt", "int", "Integer", "").Int(-7);
+        P(m, "MyText", "KString", "", "").String("hello");
+        P(m, "MyBool", "bool", "", "").Int(2);
+        P(m, "MyFloat", "float", "", "").Double(0.5);
+        P(m, "MyTime", "KTime", "Time", "").Long(46186158000);
+        P(m, "Short3", "Vector3D", "Vector", "").Double(4);  // too few values: the rest read as 0
+        P(m, "Ghost", "NoSuchType", "", "").Int(1);          // unknown type, empty sub type: skipped
+        P(m, "ViaSub", "NoSuchType", "Number", "").Double(2.5);  // the sub type names the type
+        P(m, "nope|X", "Number", "", "").Double(1);          // no parent "nope": skipped
+    });
+    ASSERT_TRUE(n.file->ok) << n.file->Status().GetErrorString();
+    ASSERT_NE(n.node, nullptr);
+    EXPECT_EQ(n.node->LclTranslation.Get(), (FbxDouble3{1, 2, 3}));
+    EXPECT_EQ(n.node->FindProperty("MyInt").Get<int>(), -7);
+    EXPECT_EQ(n.node->FindProperty("MyText").Get<std::string>(), "hello");
+    EXPECT_TRUE(n.node->FindProperty("MyBool").Get<bool>());
+    EXPECT_EQ(n.node->FindProperty("MyFloat").Get<float>(), 0.5f);
+    EXPECT_EQ(n.node->FindProperty("MyFloat").GetType(), eFbxFloat);
+    int64_t ticks = 0;
+    EXPECT_TRUE(n.node->FindProperty("MyTime").Get(&ticks, eFbxTime));
+    EXPECT_EQ(ticks, 46186158000);
+    EXPECT_EQ(n.node->FindProperty("Short3").Get<FbxDouble3>(), (FbxDouble3{4, 0, 0}));
+    EXPECT_FALSE(n.node->FindProperty("Ghost").IsValid());
+    EXPECT_EQ(n.node->FindProperty("ViaSub").GetType(), eFbxDouble);
+    EXPECT_EQ(n.node->FindProperty("ViaSub").Get<double>(), 2.5);
+    EXPECT_FALSE(n.node->FindPropertyHierarchical("nope|X").IsValid());
+    // A property the file adds is marked imported; a class property is not.
+    EXPECT_TRUE(n.node->FindProperty("MyInt").GetFlag(FbxPropertyFlag::Imported));
+    EXPECT_FALSE(n.node->LclTranslation.GetFlag(FbxPropertyFlag::Imported));
+}
+
+TEST(PropertyRecordTest, ExistingFlagsChangeOnlyWhereTheLettersDiffer) {
+    OneNode n = ReadNode([](Record& m) {
+        P(m, "Lcl Rotation", "Lcl Rotation", "", "+HL2").Double(0).Double(0).Double(0);  // drops A
+        P(m, "Visibility", "Visibility", "", "AM4").Double(1);
+    });
+    ASSERT_TRUE(n.file->ok);
+    // Lcl Rotation was animatable from its class: A cleared, + H set, lock 2.
+    EXPECT_EQ(n.node->LclRotation.GetFlags(), 4u + 32u + (2u << 7));
+    EXPECT_EQ(n.node->Visibility.GetFlags(), 2u + (4u << 11));
+}
+
+TEST(PropertyRecordTest, UserLimitsAndEnumLists) {
+    OneNode n = ReadNode([](Record& m) {
+        P(m, "Weight", "Number", "", "AU").Double(0.25).Double(-1).Double(2);
+        P(m, "Count", "int", "Integer", "U").Int(3).Int(0).Int(10);
+        P(m, "Mode", "enum", "", "U").Int(2).String("Off~Half~Full");
+        P(m, "NoLimits", "Number", "", "U").Double(5);  // nothing behind the value
+    });
+    ASSERT_TRUE(n.file->ok);
+    FbxProperty weight = n.node->FindProperty("Weight");
+    EXPECT_EQ(weight.Get<double>(), 0.25);
+    EXPECT_TRUE(weight.HasMinLimit());
+    EXPECT_EQ(weight.GetMinLimit(), -1.0);
+    EXPECT_EQ(weight.GetMaxLimit(), 2.0);
+    EXPECT_EQ(n.node->FindProperty("Count").GetMaxLimit(), 10.0);
+    FbxProperty mode = n.node->FindProperty("Mode");
+    ASSERT_EQ(mode.GetEnumCount(), 3);
+    EXPECT_STREQ(mode.GetEnumValue(2), "Full");
+    EXPECT_EQ(mode.Get<int>(), 2);
+    EXPECT_FALSE(n.node->FindProperty("NoLimits").HasMinLimit());
+}
+
+// Imports a file whose Objects hold the one record.
+std::unique_ptr<Imported> ImportOne(const Record& object) {
+    FileParts parts;
+    parts.objects.Child(object);
+    return Import(parts);
+}
+
+TEST(PropertyRecordTest, ChannelsOfCurveNodesGoBelowTheCompound) {
+    Record curveNode = Object("AnimationCurveNode", 20, "T", "AnimCurveNode", "");
+    P(curveNode, "d|X", "Number", "", "A").Double(1.5);
+    P(curveNode, "d|Y", "Number", "", "A").Double(2.5);
+    auto file = ImportOne(curveNode);
+    ASSERT_TRUE(file->ok);
+    FbxObject* node = file->Find("T");
+    ASSERT_NE(node, nullptr);
+    EXPECT_EQ(node->FindPropertyHierarchical("d|Y").Get<double>(), 2.5);
+    EXPECT_EQ(node->FindProperty("d").GetChild().Get<double>(), 1.5);
+}
+
+TEST(PropertyRecordTest, ManyPropertiesOfAPlainObjectStayDistinct) {
+    // A plain class has no properties of its own: all come from the file, and past a
+    // handful they are found through an index. A repeated name updates its property.
+    Record character = Object("Constraint", 9, "Hero", "Character", "Character");
+    const int count = 40;
+    for (int k = 0; k < count; ++k) {
+        std::string name = "u" + std::to_string(k);
+        P(character, name.c_str(), "int", "Integer", "U").Int(k);
+    }
+    P(character, "u7", "int", "Integer", "U").Int(700);
+    auto file = ImportOne(character);
+    ASSERT_TRUE(file->ok);
+    FbxObject* hero = file->Find("Hero");
+    ASSERT_NE(hero, nullptr);
+    EXPECT_EQ(hero->GetPropertyCount(), count);
+    for (int k = 0; k < count; ++k) {
+        std::string name = "u" + std::to_string(k);
+        EXPECT_EQ(hero->FindProperty(name.c_str()).Get<int>(), k == 7 ? 700 : k) << name;
+    }
+    EXPECT_TRUE(hero->FindProperty("U39", false).IsValid());  // case-insensitive walks the list
+}
+
+TEST(TemplateTest, TemplatesOverrideClassDefaultsAndObjectsOverrideTemplates) {
+    FileParts parts;
+    Record& templ = Template(parts.definitions, "Model", "FbxNode");
+    P(templ, "Lcl Scaling", "Lcl Scaling", "", "A+").Double(2).Double(2).Double(2);
+    P(templ, "Visibility", "Visibility", "", "A").Double(0.5);
+    P(templ, "Extra", "int", "Integer", "U").Int(7);
+    // A second template for the same class is dropped.
+    Record& second = Template(parts.definitions, "NodeAttribute", "FbxNode");
+    P(second, "Lcl Scaling", "Lcl Scaling", "", "A").Double(9).Double(9).Double(9);
+    Record plain = Object("Model", 10, "Plain", "Model", "Null");
+    Record own = Object("Model", 11, "Own", "Model", "Null");
+    P(own, "Lcl Scaling", "Lcl Scaling", "", "A").Double(3).Double(3).Double(3);
+    parts.objects.Child(plain);
+    parts.objects.Child(own);
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxNode* a = file->Find<FbxNode>("Plain");
+    FbxNode* b = file->Find<FbxNode>("Own");
+    ASSERT_TRUE(a && b);
+    EXPECT_EQ(a->LclScaling.Get(), (FbxDouble3{2, 2, 2}));
+    EXPECT_EQ(b->LclScaling.Get(), (FbxDouble3{3, 3, 3}));
+    EXPECT_EQ(a->Visibility.Get(), 0.5);
+    EXPECT_EQ(a->AxisLen.Get(), 10.0);  // not in the template: the class default
+    EXPECT_EQ(a->FindProperty("Extra").Get<int>(), 7);
+    EXPECT_TRUE(a->FindProperty("Extra").GetFlag(FbxPropertyFlag::UserDefined));
+    // The template's flag bits are added to the object's own: Lcl Scaling animated.
+    EXPECT_TRUE(a->LclScaling.GetFlag(FbxPropertyFlag::Animated));
+    EXPECT_FALSE(a->LclScaling.IsValueSet());
+    EXPECT_TRUE(b->LclScaling.IsValueSet());
+}
+
+TEST(ObjectDispatchTest, RecordAndSubTypeChooseTheClass) {
+    const testsupport::Table rows = Table("object_classes.txt");
+    ASSERT_GT(rows.size(), 15u);
+    FileParts parts;
+    int64_t id = 100;
+    for (const testsupport::TableRow& row : rows) {
+        const std::string name = row[0] + "_" + row[1];
+        parts.objects.Child(Object(row[0].c_str(), id++, name.c_str(), row[0].c_str(), row[1].c_str()));
+    }
+    // Definitions name two of the types (Character stands for Constraint records): the
+    // others are still read.
+    parts.definitions.Add("ObjectType").String("Model");
+    parts.definitions.Add("ObjectType").String("Character");
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+    for (const testsupport::TableRow& row : rows) {
+        const std::string name = row[0] + "_" + row[1];
+        FbxObject* o = file->Find(name.c_str());
+        ASSERT_NE(o, nullptr) << name;
+        EXPECT_EQ(o->GetClassId().GetName(), row[2]) << name;
+    }
+    EXPECT_EQ(file->Find<FbxSkeleton>("NodeAttribute_LimbNode")->GetSkeletonType(), FbxSkeleton::eLimbNode);
+}
+
+TEST(ObjectDispatchTest, MaterialsByShadingModelAndFirstOfAnIdWins) {
+    FileParts parts;
+    Record phong = Object("Material", 7, "Shiny", "Material", "");
+    phong.Add("ShadingModel").String("Phong");
+    Record again = Object("Material", 7, "Again", "Material", "");
+    Record lambert = Object("Material", 8, "Matte", "Material", "");
+    lambert.Add("ShadingModel").String("lambert");
+    parts.objects.Child(phong);
+    parts.objects.Child(again);
+    parts.objects.Child(lambert);
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    EXPECT_NE(file->Find<FbxSurfacePhong>("Shiny"), nullptr);
+    EXPECT_EQ(file->Find("Again"), nullptr);
+    FbxSurfaceLambert* matte = file->Find<FbxSurfaceLambert>("Matte");
+    ASSERT_NE(matte, nullptr);
+    EXPECT_FALSE(matte->Is<FbxSurfacePhong>());
+}
+
+// A mesh of two triangles over four points, with a UV element.
+Record Mesh(std::vector<int32_t> polygons, std::vector<int32_t> edges, std::vector<int32_t> uvIndex) {
+    Record mesh = Object("Geometry", 40, "Quad", "Geometry", "Mesh");
+    mesh.Add("Vertices").Add(Value::DoubleArray({0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0}, 1));
+    mesh.Add("PolygonVertexIndex").Add(Value::IntArray(polygons));
+    mesh.Add("Edges").Add(Value::IntArray(edges));
+    Record& uv = mesh.Add("LayerElementUV");
+    uv.Int(0);
+    uv.Add("MappingInformationType").String("ByPolygonVertex");
+    uv.Add("ReferenceInformationType").String("IndexToDirect");
+    uv.Add("UV").Add(Value::DoubleArray({0, 0, 1, 0, 1, 1}));  // three UVs
+    uv.Add("UVIndex").Add(Value::IntArray(uvIndex));
+    Record& layer = mesh.Add("Layer");
+    layer.Int(0);
+    Record& entry = layer.Add("LayerElement");
+    entry.Add("Type").String("LayerElementUV");
+    entry.Add("TypedIndex").Int(0);
+    return mesh;
+}
+
+TEST(MeshTest, ArraysAndLayersAreKept) {
+    FileParts parts;
+    parts.objects.Child(Mesh({0, 1, -3, 0, 2, -4}, {0, 1, 2, 4}, {0, 1, 2, 0, 2, 1}));
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+    FbxMesh* mesh = file->Find<FbxMesh>("Quad");
+    ASSERT_NE(mesh, nullptr);
+    EXPECT_EQ(mesh->GetControlPointsCount(), 4);
+    EXPECT_EQ(mesh->GetPolygonCount(), 2);
+    ASSERT_EQ(mesh->layerElements.size(), 1u);
+    EXPECT_EQ(mesh->layerElements[0].kind, FbxLayerElementKind::UV);
+    EXPECT_EQ(mesh->layerElements[0].mapping, FbxMappingMode::ByPolygonVertex);
+    EXPECT_EQ(mesh->layerElements[0].indices.size(), 6u);
+    ASSERT_EQ(mesh->layers.size(), 1u);
+    EXPECT_EQ(mesh->layers[0].entries.size(), 1u);
+}
+
+TEST(MeshTest, IndicesOutOfBoundsFailTheImportUnlessRelaxed) {
+    struct Row {
+        std::vector<int32_t> polygons, edges, uvIndex;
+        const char* message;  // empty: the file reads
+    };
+    // Four points (0-3), six polygon vertices (0-5), three UVs (0-2). The last index
+    // of a polygon is stored as -index - 1, so -5 stands for point 4.
+    const Row rows[] = {
+        {{0, 1, -3, 0, 2, -4}, {0, 5}, {0, 1, 2, 2, 1, 0}, ""},
+        {{0, 1, -3, 0, 2, 4, -1}, {}, {}, "[Mesh] Bad value in array (PolygonVertexIndex) would cause an out of bounds access"},
+        {{0, 1, -3, 0, 2, -5}, {}, {}, "[Mesh] Bad value in array (PolygonVertexIndex) would cause an out of bounds access"},
+        {{0, 1, -3, 0, 2, -4}, {6}, {}, "[Mesh] Bad value in array (Edges) would cause an out of bounds access"},
+        {{0, 1, -3, 0, 2, -4}, {}, {0, 1, 3}, "[LayerElement] Bad value in array (UVIndex) would cause an out of bounds access"},
+    };
+    for (const Row& row : rows) {
+        FileParts parts;
+        parts.objects.Child(Mesh(row.polygons, row.edges, row.uvIndex));
+        auto strict = Import(parts);
+        std::string message = row.message;
+        EXPECT_EQ(strict->ok, message.empty()) << message;
+        if (!message.empty()) {
+            EXPECT_EQ(strict->Status().GetCode(), kFbxInvalidFile);
+            EXPECT_EQ(strict->Status().GetErrorString(), message);
+        }
+        auto relaxed = Import(parts, Relaxed());
+        EXPECT_TRUE(relaxed->ok) << message;
+        EXPECT_NE(relaxed->Find<FbxMesh>("Quad"), nullptr);
+    }
+}
+
+TEST(DeformerTest, ClustersShapesAndChannelWeights) {
+    FileParts parts;
+    Record cluster = Object("Deformer", 50, "Cluster1", "SubDeformer", "Cluster");
+    cluster.Add("Indexes").Add(Value::IntArray({0, 2, 3}));
+    cluster.Add("Weights").Add(Value::DoubleArray({0.5, 0.25, 1}));
+    std::vector<double> identityTimesTwo{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
+    cluster.Add("TransformLink").Add(Value::DoubleArray(identityTimesTwo));
+    parts.objects.Child(cluster);
+    Record channel = Object("Deformer", 51, "Smile", "SubDeformer", "BlendShapeChannel");
+    channel.Add("FullWeights").Add(Value::DoubleArray({50, 100}));
+    parts.objects.Child(channel);
+    Record broken = Object("Deformer", 52, "Frown", "SubDeformer", "BlendShapeChannel");
+    broken.Add("FullWeights").Add(Value::IntArray({100}));  // not a double array
+    parts.objects.Child(broken);
+    Record shape = Object("Geometry", 53, "SmileShape", "Geometry", "Shape");
+    shape.Add("Indexes").Add(Value::IntArray({1}));
+    shape.Add("Vertices").Add(Value::DoubleArray({0, 0.5, 0}));
+    parts.objects.Child(shape);
+    parts.objects.Child(Object("Deformer", 54, "Blend", "Deformer", "BlendShape"));
+    parts.connections.Child(ConnectionOO(53, 52));  // a shape onto the unlisted channel
+    parts.connections.Child(ConnectionOO(52, 54));
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+    FbxCluster* c = file->Find<FbxCluster>("Cluster1");
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(c->indexes, (std::vector<int32_t>{0, 2, 3}));
+    EXPECT_EQ(c->weights[1], 0.25);
+    EXPECT_EQ(c->transformLink[0], 2.0);
+    EXPECT_EQ(c->transform[0], 1.0);  // absent: identity
+    FbxBlendShapeChannel* smile = file->Find<FbxBlendShapeChannel>("Smile");
+    ASSERT_NE(smile, nullptr);
+    EXPECT_EQ(smile->GetTargetShapeFullWeights(), (std::vector<double>{50, 100}));
+    // The channel whose weights do not read stays out of the document, but its id
+    // still takes connections.
+    EXPECT_EQ(file->Find("Frown"), nullptr);
+    FbxBlendShape* blend = file->Find<FbxBlendShape>("Blend");
+    ASSERT_NE(blend, nullptr);
+    ASSERT_EQ(blend->GetBlendShapeChannelCount(), 1);
+    FbxBlendShapeChannel* frown = blend->GetBlendShapeChannel(0);
+    EXPECT_STREQ(frown->GetName(), "Frown");
+    EXPECT_EQ(frown->GetTargetShapeCount(), 1);
+    EXPECT_EQ(frown->GetTargetShape(0)->indexes, (std::vector<int32_t>{1}));
+}
+
+TEST(PostPassTest, StacksWithoutLayersGetABaseLayer) {
+    FileParts parts;
+    parts.objects.Child(Object("AnimationStack", 60, "Walk", "AnimStack", ""));
+    parts.objects.Child(Object("AnimationStack", 61, "Run", "AnimStack", ""));
+    parts.objects.Child(Object("AnimationLayer", 62, "RunLayer", "AnimLayer", ""));
+    parts.connections.Child(ConnectionOO(62, 61));
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxAnimStack* walk = file->Find<FbxAnimStack>("Walk");
+    FbxAnimStack* run = file->Find<FbxAnimStack>("Run");
+    ASSERT_TRUE(walk && run);
+    ASSERT_EQ(walk->GetSrcObjectCount<FbxAnimLayer>(), 1);
+    EXPECT_STREQ(walk->GetSrcObject<FbxAnimLayer>()->GetName(), "Base Layer");
+    ASSERT_EQ(run->GetSrcObjectCount<FbxAnimLayer>(), 1);
+    EXPECT_STREQ(run->GetSrcObject<FbxAnimLayer>()->GetName(), "RunLayer");
+}
+
+TEST(PostPassTest, ProducerCamerasLeaveTheTree) {
+    FileParts parts;
+    parts.objects.Child(Object("Model", 70, "Producer Perspective", "Model", "Camera"));
+    parts.objects.Child(Object("NodeAttribute", 71, "Producer Perspective", "NodeAttribute", "Camera"));
+    parts.objects.Child(Object("Model", 72, "Shot", "Model", "Camera"));
+    parts.objects.Child(Object("NodeAttribute", 73, "ShotCam", "NodeAttribute", "Camera"));
+    for (auto [src, dst] : {std::pair{70, 0}, {71, 70}, {72, 0}, {73, 72}})
+        parts.connections.Child(ConnectionOO(src, dst));
+    for (bool keep : {false, true}) {
+        auto file = Import(parts, [keep](FbxIOSettings& s) {
+            s.SetBoolProp(Option("KeepProducerCamSrcObj").c_str(), keep);
+        });
+        ASSERT_TRUE(file->ok);
+        FbxNode* root = file->scene->GetRootNode();
+        ASSERT_EQ(root->GetChildCount(), keep ? 2 : 1) << keep;
+        EXPECT_STREQ(root->GetChild(keep ? 1 : 0)->GetName(), "Shot");
+        EXPECT_EQ(file->Find("Producer Perspective") != nullptr, keep);
+    }
+}
+
+TEST(EmbeddedMediaTest, ContentGoesIntoTheFolderNamedAfterTheFile) {
+    namespace fs = std::filesystem;
+    testsupport::ScratchFolder folder("media");
+    const fs::path& dir = folder.Path();
+    FileParts parts;
+    Record video = Object("Video", 80, "Image", "Video", "Clip");
+    video.Add("RelativeFilename").String("..\\textures/../../skin.png");  // only the last part counts
+    video.Add("Content").Raw("PNGDATA");
+    parts.objects.Child(video);
+    std::string name = (dir / "avatar.fbx").string();
+    auto file = Import(parts, {}, name.c_str());
+    ASSERT_TRUE(file->ok);
+    fs::path written = dir / "avatar.fbm" / "skin.png";
+    EXPECT_EQ(testsupport::ReadFileText(written.string()), "PNGDATA");
+    FbxVideo* v = file->Find<FbxVideo>("Image");
+    ASSERT_NE(v, nullptr);
+    EXPECT_EQ(v->fileName, written.string());
+    EXPECT_FALSE(fs::exists(dir / "skin.png"));
+}
+
+
+// Two nodes, a curve node, a mesh, a material, a layered texture and a texture.
+FileParts Graph() {
+    FileParts parts;
+    parts.objects.Child(Object("Model", 1, "Parent", "Model", "Null"));
+    parts.objects.Child(Object("Model", 2, "Child", "Model", "Mesh"));
+    Record curveNode = Object("AnimationCurveNode", 3, "T", "AnimCurveNode", "");
+    P(curveNode, "d|X", "Number", "", "A").Double(0);
+    parts.objects.Child(curveNode);
+    parts.objects.Child(Object("Geometry", 4, "Mesh", "Geometry", "Mesh"));
+    parts.objects.Child(Object("Material", 5, "Paint", "Material", ""));
+    parts.objects.Child(Object("LayeredTexture", 6, "Layers", "LayeredTexture", ""));
+    parts.objects.Child(Object("Texture", 7, "Image", "Texture", ""));
+    return parts;
+}
+
+TEST(ConnectionTest, EachTypeJoinsTheRightEnds) {
+    FileParts parts = Graph();
+    Record& c = parts.connections;
+    c.Child(ConnectionOO(1, 0));                                 // top-level node under the root
+    c.Child(ConnectionOO(2, 1));                                 // child node
+    c.Child(ConnectionOP(3, 2, "Lcl Translation"));              // curve node onto a property
+    c.Child(ConnectionPO(2, "Lcl Rotation", 1));                 // property onto an object
+    c.Child(ConnectionPP(3, "d|X", 1, "Visibility"));            // property onto property
+    c.Child(ConnectionOO(4, 2));                                 // attribute of the child
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+    FbxNode* parent = file->Find<FbxNode>("Parent");
+    FbxNode* child = file->Find<FbxNode>("Child");
+    FbxObject* curveNode = file->Find("T");
+    ASSERT_TRUE(parent && child && curveNode);
+    FbxNode* root = file->scene->GetRootNode();
+    ASSERT_EQ(root->GetChildCount(), 1);
+    EXPECT_EQ(root->GetChild(0), parent);
+    EXPECT_EQ(child->GetParent(), parent);
+    EXPECT_EQ(child->LclTranslation.GetSrcObject(0), curveNode);
+    EXPECT_EQ(parent->GetSrcPropertyCount(), 1);
+    EXPECT_EQ(parent->GetSrcProperty(0), child->LclRotation);
+    EXPECT_EQ(parent->Visibility.GetSrcProperty(0), curveNode->FindPropertyHierarchical("d|X"));
+    EXPECT_EQ(child->GetNodeAttribute(), file->Find("Mesh"));
+    // The curve node has one destination property, so it is bound to it.
+    EXPECT_EQ(static_cast<FbxAnimCurveNode*>(curveNode)->GetBoundProperty(), child->LclTranslation);
+}
+
+TEST(ConnectionTest, UnknownIdsPropertiesAndTypesAreIgnored) {
+    FileParts parts = Graph();
+    Record& c = parts.connections;
+    c.Child(ConnectionOO(999, 1));                      // unknown source
+    c.Child(ConnectionOO(2, 999));                      // unknown destination
+    c.Child(ConnectionOP(3, 2, "NoSuchProperty"));      // unknown property
+    c.Child(ConnectionPO(2, "NoSuchProperty", 1));
+    c.Child(ConnectionPP(3, "d|X", 999, "Visibility"));
+    Record odd("C");
+    odd.String("XX").Long(2).Long(1);  // not one of the six types
+    c.Child(odd);
+    Record shortOne("C");
+    shortOne.String("OO");  // no ids at all
+    c.Child(shortOne);
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxNode* parent = file->Find<FbxNode>("Parent");
+    FbxNode* child = file->Find<FbxNode>("Child");
+    EXPECT_EQ(parent->GetSrcObjectCount(), 0);
+    EXPECT_EQ(parent->GetSrcPropertyCount(), 0);
+    EXPECT_EQ(child->GetDstObjectCount(), 1);  // the scene only
+    EXPECT_EQ(child->LclTranslation.GetSrcObjectCount(), 0);
+}
+
+TEST(ConnectionTest, RepeatedConnectionsStandTwiceOnlyForMaterialsAndLayeredTextures) {
+    struct Row {
+        int64_t source, destination;
+        const char* destinationName;
+        int expected;  // connections from source to destination after two records
+    };
+    const Row rows[] = {
+        {5, 2, "Child", 2},   // material on a node
+        {7, 6, "Layers", 2},  // texture in a layered texture
+        {4, 2, "Child", 1},   // geometry on a node
+        {2, 1, "Parent", 1},  // child node
+    };
+    for (const Row& row : rows) {
+        FileParts parts = Graph();
+        parts.connections.Child(ConnectionOO(row.source, row.destination));
+        parts.connections.Child(ConnectionOO(row.source, row.destination));
+        auto file = Import(parts);
+        ASSERT_TRUE(file->ok);
+        FbxObject* dst = file->Find(row.destinationName);
+        EXPECT_EQ(dst->GetSrcObjectCount(), row.expected) << row.source << " -> " << row.destination;
+    }
+}
+
+TEST(ConnectionTest, SelfConnectionsAndNodeCyclesAreCut) {
+    FileParts parts = Graph();
+    Record& c = parts.connections;
+    c.Child(ConnectionOO(1, 1));  // a node as its own child
+    c.Child(ConnectionOO(1, 0));
+    c.Child(ConnectionOO(2, 1));
+    c.Child(ConnectionOO(1, 2));  // closes the cycle 1 -> 2 -> 1
+    c.Child(ConnectionOP(3, 3, "d|X"));  // an object onto its own property
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxNode* parent = file->Find<FbxNode>("Parent");
+    FbxNode* child = file->Find<FbxNode>("Child");
+    // Walking up from any node ends at the root.
+    for (FbxNode* n : {parent, child}) {
+        int steps = 0;
+        for (FbxNode* up = n; up && steps < 10; up = up->GetParent()) ++steps;
+        EXPECT_LT(steps, 10) << n->GetName();
+    }
+    EXPECT_EQ(file->scene->GetRootNode()->GetChildCount(true), 2);
+    EXPECT_EQ(file->Find("T")->FindPropertyHierarchical("d|X").GetSrcObjectCount(), 0);
+}
+
+TEST(ConnectionTest, LongChainsAreWalkedWithoutRecursion) {
+    FileParts parts;
+    const int depth = 20000;
+    for (int k = 1; k <= depth; ++k) {
+        std::string name = "n" + std::to_string(k);
+        parts.objects.Child(Object("Model", k, name.c_str(), "Model", "Null"));
+        parts.connections.Child(ConnectionOO(k, k - 1));  // n1 under the root, each next below
+    }
+    parts.connections.Child(ConnectionOO(1, depth));  // and the root child below the deepest
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    EXPECT_EQ(file->scene->GetRootNode()->GetChildCount(true), depth);
+}
+
+TEST(ImporterStatusTest, RefusalsCarryCodeAndText) {
+    struct Row {
+        const char* what;
+        std::function<std::vector<uint8_t>()> bytes;
+        bool initialized;
+        FbxStatusCode code;
+        std::string text;
+    };
+    const std::string corrupted = "File is corrupted: 'fixture.fbx'";
+    const Row rows[] = {
+        {"no document", [] { FileParts p; p.documentCount = 0; return Build(p); }, true, kFbxInvalidFile, corrupted},
+        {"external reference",
+         [] {
+             FileParts p;
+             std::vector<uint8_t> bytes;
+             Record refs("References");
+             refs.Add("Reference").String("Ref1").String("External");
+             p.more.push_back(refs);  // a second References field is not read: put it first instead
+             Record header = fbxwriter::HeaderExtension(1003, 7400);
+             Record documents("Documents");
+             documents.Add("Count").Int(1);
+             documents.Add("Document").Long(1).String("").String("Scene").Add("RootNode").Long(0);
+             return fbxwriter::Write({header, documents, refs});
+         },
+         true, kFbxFailure, "Unresolved external references"},
+        {"encrypted", [] { FileParts p; p.encrypted = true; return Build(p); }, true, kFbxPasswordError,
+         "Wrong password"},
+        {"not FBX", [] { return std::vector<uint8_t>{'h', 'e', 'l', 'l', 'o'}; }, false, kFbxFailure,
+         corrupted},
+    };
+    for (const Row& row : rows) {
+        auto file = Import(row.bytes());
+        EXPECT_EQ(file->initialized, row.initialized) << row.what;
+        EXPECT_FALSE(file->ok) << row.what;
+        EXPECT_EQ(file->Status().GetCode(), row.code) << row.what;
+        EXPECT_EQ(file->Status().GetErrorString(), row.text) << row.what;
+    }
+}
+
+TEST(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
+    // Models are read in file order; the second one's block holds a record that claims
+    // to end far past the file. The first stays, the loop stops, and the status makes
+    // the import fail unless the check is relaxed.
+    FileParts parts;
+    parts.objects.Child(Object("Model", 1, "First", "Model", "Null"));
+    Record broken = Object("Model", 2, "Broken", "Model", "Null");
+    broken.Add("Version").Int(232).endOffset = 1u << 30;
+    parts.objects.Child(broken);
+    parts.objects.Child(Object("Model", 3, "Third", "Model", "Null"));
+    for (bool relaxed : {false, true}) {
+        auto file = Import(parts, Relaxed(relaxed));
+        EXPECT_EQ(file->ok, relaxed);
+        EXPECT_EQ(file->Status().GetCode(), kFbxInvalidFile);
+        EXPECT_EQ(file->Status().GetErrorString(), "File is corrupted: 'fixture.fbx'");
+        EXPECT_NE(file->Find("First"), nullptr);
+        EXPECT_EQ(file->Find("Broken"), nullptr);
+        EXPECT_EQ(file->Find("Third"), nullptr);
+    }
+}
+
+TEST(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
+    FbxManager* manager = FbxManager::Create();
+    FbxImporter* importer = FbxImporter::Create(manager, "");
+    EXPECT_FALSE(importer->Initialize(static_cast<const char*>(nullptr)));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "Uninitialized filename");
+    EXPECT_FALSE(importer->Initialize(""));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "Uninitialized filename");
+    EXPECT_FALSE(importer->Initialize("/nonexistent/scene.obj"));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "Unexpected file type");
+    EXPECT_FALSE(importer->Import(nullptr));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "Invalid document handle");
+    FbxScene* scene = FbxScene::Create(manager, "s");
+    EXPECT_FALSE(importer->Import(scene));
+    EXPECT_EQ(importer->GetStatus().GetErrorString(), "File not opened");
+    int major = 0, minor = 0, revision = 0;
+    FbxGetFileFormatVersion(major, minor, revision);
+    EXPECT_EQ(major * 1000 + minor * 100 + revision, 7700);
+    manager->Destroy();
+}
+
+TEST(ImporterStatusTest, TakesGiveTheStacksTheirSpans) {
+    // The fixture states no TCDefinition, so its times count 46,186,158,000 a second:
+    // n seconds read as n * 141,120,000 ticks (the remainder term (0 + 164) * 141120 /
+    // 46186158 truncates to 0).
+    const int64_t second = 46186158000;
+    FileParts parts;
+    parts.objects.Child(Object("AnimationStack", 5, "Take 001", "AnimStack", ""));
+    Record takes("Takes");
+    takes.Add("Current").String("Take 001");
+    Record& take = takes.Add("Take");
+    take.String("Take 001");
+    take.Add("LocalTime").Long(second).Long(2 * second);
+    take.Add("ReferenceTime").Long(0).Long(3 * second);
+    Record& other = takes.Add("Take");
+    other.String("No such stack");
+    other.Add("LocalTime").Long(1).Long(2);
+    parts.more.push_back(takes);
+    auto file = Import(parts);
+    ASSERT_TRUE(file->ok);
+    FbxAnimStack* stack = file->Find<FbxAnimStack>("Take 001");
+    ASSERT_NE(stack, nullptr);
+    int64_t start = -1, stop = -1, refStart = -1, refStop = -1;
+    stack->LocalStart.Get(&start, eFbxTime);
+    stack->LocalStop.Get(&stop, eFbxTime);
+    stack->ReferenceStart.Get(&refStart, eFbxTime);
+    stack->ReferenceStop.Get(&refStop, eFbxTime);
+    EXPECT_EQ(start, 141120000);
+    EXPECT_EQ(stop, 2 * 141120000);
+    EXPECT_EQ(refStart, 0);
+    EXPECT_EQ(refStop, 3 * 141120000);
+}
+
+TEST(ImporterStatusTest, ProgressRunsToOneHundredAndCanStopTheObjectLoop) {
+    FileParts parts;
+    for (int k = 1; k <= 10; ++k) {
+        std::string name = "n" + std::to_string(k);
+        parts.objects.Child(Object("Model", k, name.c_str(), "Model", "Null"));
+    }
+    struct Seen {
+        float last = -1;
+        int calls = 0;
+        bool stopAtHalf = false;
+    };
+    auto callback = [](void* args, float percentage, const char*) {
+        Seen& s = *static_cast<Seen*>(args);
+        s.last = percentage;
+        ++s.calls;
+        return !(s.stopAtHalf && percentage >= 50);
+    };
+    for (bool stopAtHalf : {false, true}) {
+        auto file = std::make_unique<Imported>();
+        file->bytes = Build(parts);
+        Seen seen;
+        seen.stopAtHalf = stopAtHalf;
+        file->importer->SetProgressCallback(callback, &seen);
+        ASSERT_TRUE(file->importer->Initialize(file->bytes.data(), file->bytes.size(), "p.fbx"));
+        EXPECT_TRUE(file->importer->Import(file->scene));
+        EXPECT_EQ(seen.last, 100.0f);
+        int nodes = file->scene->GetSrcObjectCount<FbxNode>() - 1;  // less the root
+        EXPECT_EQ(nodes, stopAtHalf ? 5 : 10);
+    }
+}
+
+}  // namespace
