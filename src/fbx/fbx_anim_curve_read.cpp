@@ -72,7 +72,9 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
 
     // Arrays of one record stay valid only until the next array read on that record, and
     // each field below is its own record: every array is used before the next is read.
+    // File ticks; the store converts old-unit ones.
     std::vector<FbxLongLong> times;
+    const bool oldUnit = FbxFileTimesInOldUnit(stream.TCDefinition(), stream.FileVersion());
     if (stream.BeginField("KeyTime")) {
         size_t count = 0;
         const int64_t* data = stream.ReadArrayOfLong(count);
@@ -81,9 +83,7 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
             status.SetCode(kFbxFailure, kCorrupted);
             return false;
         }
-        const bool oldUnit = FbxFileTimesInOldUnit(stream.TCDefinition(), stream.FileVersion());
-        times.resize(count);
-        for (size_t k = 0; k < count; ++k) times[k] = oldUnit ? FbxConvertOldUnitTicks(data[k]) : data[k];
+        times.assign(data, data + count);
     }
     const size_t keyCount = times.size();
     std::vector<float> values(keyCount, 0.0f);
@@ -143,13 +143,8 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
         good = good && sum == int64_t(keyCount);
     }
 
-    store.Reserve(int(keyCount), good ? int(attrs.size()) : 1);
     if (good) {
-        size_t key = 0;
-        for (size_t k = 0; k < attrs.size(); ++k) {
-            const uint32_t attr = store.AddAttr(attrs[k]);
-            for (uint32_t r = 0; r < runs[k]; ++r, ++key) store.AppendKey(times[key], values[key], attr);
-        }
+        store.Assign(times, oldUnit, std::move(values), attrs, runs);
         return true;
     }
     status.SetCode(kFbxFailure, kCorrupted);
@@ -158,8 +153,8 @@ bool ReadAnimCurveKeyStore(FbxFieldStream& stream, FbxAnimKeyStore& store, FbxSt
         FbxAnimKeyAttr fallback;
         fallback.flags = kFbxInterpolationCubic | kFbxTangentAuto;
         fallback.data[2] = (3333u << 16) | 3333u;
-        const uint32_t attr = store.AddAttr(fallback);
-        for (size_t k = 0; k < keyCount; ++k) store.AppendKey(times[k], values[k], attr);
+        const std::vector<uint32_t> all(1, uint32_t(keyCount));
+        store.Assign(times, oldUnit, std::move(values), std::vector<FbxAnimKeyAttr>(1, fallback), all);
     }
     return false;
 }

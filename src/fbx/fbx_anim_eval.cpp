@@ -34,8 +34,7 @@ struct KeyView {
 };
 
 KeyView View(const FbxAnimKeyStore& s, int index) {
-    const FbxAnimKey& key = s.Key(index);
-    return {key.time, key.value, &s.AttrRecord(key.attr)};
+    return {s.KeyTime(index), s.Value(index), &s.Attr(index)};
 }
 
 // Slope from key a to a later key b per second; keys that share a time give 0, not an
@@ -209,7 +208,7 @@ float HoldValue(const FbxAnimKeyStore& s, FbxExtrapolation mode, uint32_t count,
 
 Placement Place(const FbxAnimKeyStore& s, FbxLongLong time) {
     const int n = s.KeyCount();
-    const FbxLongLong first = s.Key(0).time, last = s.Key(n - 1).time;
+    const FbxLongLong first = s.KeyTime(0), last = s.KeyTime(n - 1);
     Placement p;
     p.time = time;
     const bool before = time < first;
@@ -270,10 +269,10 @@ struct Location {
 Location Locate(const FbxAnimKeyStore& s, FbxLongLong time, int& cache) {
     const int n = s.KeyCount();
     int i = std::clamp(cache, 0, n - 2);
-    while (i > 0 && time < s.Key(i).time) --i;
-    while (i < n - 2 && time >= s.Key(i + 1).time) ++i;
+    while (i > 0 && time < s.KeyTime(i)) --i;
+    while (i < n - 2 && time >= s.KeyTime(i + 1)) ++i;
     cache = i;
-    const FbxLongLong ti = s.Key(i).time, tj = s.Key(i + 1).time;
+    const FbxLongLong ti = s.KeyTime(i), tj = s.KeyTime(i + 1);
     if (time >= tj) return {double(i + 1), i + 1, i + 1};
     if (time <= ti) return {double(i), i, i};
     // x lies in [i, i + 1]; the sum can round up to i + 1 itself.

@@ -14,25 +14,8 @@ uint32_t FbxFloatToBits(float value) {
     return bits;
 }
 
-FbxAnimKeyStore& FbxAnimKeyStore::operator=(const FbxAnimKeyStore& other) {
-    if (this == &other) return *this;
-    defaultValue = other.defaultValue;
-    preExtrapolation = other.preExtrapolation;
-    preExtrapolationCount = other.preExtrapolationCount;
-    postExtrapolation = other.postExtrapolation;
-    postExtrapolationCount = other.postExtrapolationCount;
-    lastSearchIndex = other.lastSearchIndex;
-    blocks_.clear();
-    blocks_.reserve(other.blocks_.size());
-    for (const auto& block : other.blocks_) blocks_.push_back(std::make_unique<Block>(*block));
-    count_ = other.count_;
-    attrs_ = other.attrs_;
-    freeAttrs_ = other.freeAttrs_;
-    return *this;
-}
-
 void FbxAnimKeyStore::Reserve(int keyCount, int attrCount) {
-    if (keyCount > 0) blocks_.reserve(size_t(keyCount) / kBlockKeys + 1);
+    if (keyCount > 0) values_.reserve(size_t(keyCount));
     if (attrCount > 0) attrs_.reserve(size_t(attrCount));
 }
 
@@ -60,79 +43,182 @@ void FbxAnimKeyStore::Release(uint32_t attr) {
     }
 }
 
+void FbxAnimKeyStore::SpreadTimes() {
+    if (!evenTimes_) return;
+    const size_t count = values_.size();
+    times_.resize(count);
+    for (size_t k = 0; k < count; ++k) times_[k] = KeyTime(int(k));
+    evenTimes_ = false;
+    oldUnitTimes_ = false;
+}
+
+void FbxAnimKeyStore::SpreadAttrs() {
+    if (keyAttrs_.empty()) keyAttrs_.assign(values_.size(), sharedAttr_);
+}
+
 void FbxAnimKeyStore::AppendKey(FbxLongLong time, float value, uint32_t attr) {
-    if (size_t(count_) == blocks_.size() * kBlockKeys) blocks_.push_back(std::make_unique<Block>());
-    Mutable(count_) = FbxAnimKey{time, attr, value};
+    const size_t count = values_.size();
+    if (oldUnitTimes_) SpreadTimes();
+    if (!evenTimes_) {
+        times_.push_back(time);
+    } else if (count == 0) {
+        firstTime_ = time;
+        step_ = 0;
+    } else if (count == 1) {
+        step_ = FbxLongLong(uint64_t(time) - uint64_t(firstTime_));
+    } else if (time != KeyTime(int(count))) {
+        SpreadTimes();
+        times_.reserve(values_.capacity());
+        times_.push_back(time);
+    }
+    if (count == 0 && keyAttrs_.empty()) {
+        sharedAttr_ = attr;
+    } else if (!keyAttrs_.empty() || attr != sharedAttr_) {
+        SpreadAttrs();
+        keyAttrs_.reserve(values_.capacity());
+        keyAttrs_.push_back(attr);
+    }
+    values_.push_back(value);
     ++attrs_[attr].refCount;
-    ++count_;
+}
+
+void FbxAnimKeyStore::Assign(const std::vector<FbxLongLong>& times, bool oldUnitTimes, std::vector<float>&& values,
+                             const std::vector<FbxAnimKeyAttr>& attrs, const std::vector<uint32_t>& runs) {
+    Clear();
+    const size_t count = times.size();
+    if (!oldUnitTimes) {
+        if (!FindStep(times)) times_ = times;
+    } else {
+        // Old ticks that are even once converted keep no array and need no conversion when
+        // read; even old ticks whose conversion rounds unevenly are converted when read.
+        const bool evenOld = FindStep(times);
+        const FbxLongLong oldFirst = firstTime_, oldStep = step_;
+        times_.resize(count);
+        for (size_t k = 0; k < count; ++k) times_[k] = FbxConvertOldUnitTicks(times[k]);
+        if (FindStep(times_)) {
+            std::vector<FbxLongLong>().swap(times_);
+        } else if (evenOld) {
+            std::vector<FbxLongLong>().swap(times_);
+            evenTimes_ = true;
+            oldUnitTimes_ = true;
+            firstTime_ = oldFirst;
+            step_ = oldStep;
+        }
+    }
+    values_ = std::move(values);
+
+    attrs_.reserve(attrs.size());
+    size_t filled = 0;
+    bool shared = true;
+    for (size_t k = 0; k < attrs.size(); ++k) {
+        const uint32_t attr = AddAttr(attrs[k]);
+        attrs_[attr].refCount = int32_t(runs[k]);
+        if (runs[k] == 0) continue;
+        if (filled == 0) {
+            sharedAttr_ = attr;
+        } else if (shared) {
+            shared = false;
+            keyAttrs_.reserve(count);
+            keyAttrs_.assign(filled, sharedAttr_);
+        }
+        if (!shared) keyAttrs_.insert(keyAttrs_.end(), runs[k], attr);
+        filled += runs[k];
+    }
+}
+
+bool FbxAnimKeyStore::FindStep(const std::vector<FbxLongLong>& times) {
+    const size_t count = times.size();
+    evenTimes_ = true;
+    oldUnitTimes_ = false;
+    firstTime_ = count > 0 ? times[0] : 0;
+    step_ = count > 1 ? FbxLongLong(uint64_t(times[1]) - uint64_t(firstTime_)) : 0;
+    for (size_t k = 2; k < count && evenTimes_; ++k) evenTimes_ = times[k] == KeyTime(int(k));
+    return evenTimes_;
 }
 
 int FbxAnimKeyStore::KeyAdd(FbxTime time) {
     // Binary search for the first key at or after the time.
-    int low = 0, high = count_;
+    const int count = KeyCount();
+    int low = 0, high = count;
     while (low < high) {
         const int mid = low + (high - low) / 2;
-        if (Key(mid).time < time.Get()) {
+        if (KeyTime(mid) < time.Get()) {
             low = mid + 1;
         } else {
             high = mid;
         }
     }
-    if (low < count_ && Key(low).time == time.Get()) return low;
+    if (low < count && KeyTime(low) == time.Get()) return low;
 
     FbxAnimKeyAttr fresh;
     fresh.flags = kFbxInterpolationCubic | kFbxTangentAuto;
     fresh.data[2] = (3333u << 16) | 3333u;  // both weights 1/3
     const uint32_t attr = NewAttr(fresh);
-    if (size_t(count_) == blocks_.size() * kBlockKeys) blocks_.push_back(std::make_unique<Block>());
-    // Carry the last key of each block over into the next, from the end down to the
-    // block of the insertion, then open the slot inside that block.
-    const size_t target = size_t(low) / kBlockKeys;
-    for (size_t b = size_t(count_) / kBlockKeys; b > target; --b) {
-        FbxAnimKey* keys = blocks_[b]->keys;
-        std::memmove(keys + 1, keys, sizeof(FbxAnimKey) * (kBlockKeys - 1));
-        keys[0] = blocks_[b - 1]->keys[kBlockKeys - 1];
+    if (low == count) {
+        AppendKey(time.Get(), 0.0f, attr);
+        return low;
     }
-    FbxAnimKey* keys = blocks_[target]->keys;
-    const size_t slot = size_t(low) % kBlockKeys;
-    std::memmove(keys + slot + 1, keys + slot, sizeof(FbxAnimKey) * (kBlockKeys - 1 - slot));
-    keys[slot] = FbxAnimKey{time.Get(), attr, 0.0f};
+    SpreadTimes();
+    SpreadAttrs();
+    times_.insert(times_.begin() + low, time.Get());
+    keyAttrs_.insert(keyAttrs_.begin() + low, attr);
+    values_.insert(values_.begin() + low, 0.0f);
     ++attrs_[attr].refCount;
-    ++count_;
     return low;
 }
 
 FbxAnimKeyAttr& FbxAnimKeyStore::MutableAttr(int index) {
-    FbxAnimKey& key = Mutable(index);
-    if (attrs_[key.attr].refCount > 1) {
-        FbxAnimKeyAttr copy = attrs_[key.attr];
+    const uint32_t current = KeyAttrIndex(index);
+    if (attrs_[current].refCount > 1) {
+        FbxAnimKeyAttr copy = attrs_[current];
         copy.refCount = 1;
-        --attrs_[key.attr].refCount;
-        key.attr = NewAttr(copy);
+        --attrs_[current].refCount;
+        SpreadAttrs();
+        keyAttrs_[size_t(index)] = NewAttr(copy);
     }
-    return attrs_[key.attr];
+    return attrs_[KeyAttrIndex(index)];
 }
 
 void FbxAnimKeyStore::KeyRemove(int index) {
-    Release(Key(index).attr);
-    const size_t first = size_t(index) / kBlockKeys;
-    const size_t last = size_t(count_ - 1) / kBlockKeys;
-    FbxAnimKey* keys = blocks_[first]->keys;
-    const size_t slot = size_t(index) % kBlockKeys;
-    std::memmove(keys + slot, keys + slot + 1, sizeof(FbxAnimKey) * (kBlockKeys - 1 - slot));
-    for (size_t b = first + 1; b <= last; ++b) {
-        blocks_[b - 1]->keys[kBlockKeys - 1] = blocks_[b]->keys[0];
-        std::memmove(blocks_[b]->keys, blocks_[b]->keys + 1, sizeof(FbxAnimKey) * (kBlockKeys - 1));
+    Release(KeyAttrIndex(index));
+    const size_t at = size_t(index);
+    const bool last = at + 1 == values_.size();
+    if (oldUnitTimes_) SpreadTimes();
+    if (evenTimes_ && at == 0) {
+        firstTime_ = KeyTime(1 % KeyCount());
+    } else if (!last) {
+        SpreadTimes();
     }
-    --count_;
-    if (size_t(count_) <= (blocks_.size() - 1) * kBlockKeys) blocks_.pop_back();
-    if (lastSearchIndex >= count_) lastSearchIndex = 0;
+    if (!evenTimes_) times_.erase(times_.begin() + index);
+    if (!keyAttrs_.empty()) keyAttrs_.erase(keyAttrs_.begin() + index);
+    values_.erase(values_.begin() + index);
+    if (lastSearchIndex >= KeyCount()) lastSearchIndex = 0;
 }
 
 void FbxAnimKeyStore::Clear() {
-    blocks_.clear();
-    count_ = 0;
+    evenTimes_ = true;
+    oldUnitTimes_ = false;
+    firstTime_ = 0;
+    step_ = 0;
+    times_.clear();
+    values_.clear();
+    sharedAttr_ = 0;
+    keyAttrs_.clear();
     attrs_.clear();
     freeAttrs_.clear();
+    lastSearchIndex = 0;
+}
+
+void FbxAnimKeyStore::Scale(double factor) {
+    for (float& value : values_) value = static_cast<float>(double(value) * factor);
+    defaultValue = static_cast<float>(double(defaultValue) * factor);
+    for (FbxAnimKeyAttr& attr : attrs_) {
+        // Slopes are words 0 and 1 of a cubic key; a TCB key keeps tension and continuity there.
+        const bool slopes = (attr.flags & kFbxInterpolationMask) == kFbxInterpolationCubic &&
+                            (attr.flags & kFbxTangentMask) != kFbxTangentTCB;
+        if (!slopes || attr.refCount <= 0) continue;
+        for (int w = 0; w < 2; ++w)
+            attr.data[w] = FbxFloatToBits(static_cast<float>(double(FbxBitsToFloat(attr.data[w])) * factor));
+    }
     lastSearchIndex = 0;
 }

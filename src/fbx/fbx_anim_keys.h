@@ -1,10 +1,13 @@
-// Key store of one animation curve: keys in blocks of 42 (an insertion moves at most one
-// block's worth of keys plus one key a block), attribute records shared by runs of keys,
-// the curve's default value and its extrapolation. Evaluation lives in fbx_anim_eval.h.
+// Key store of one animation curve: key times, values and attribute indices in arrays of
+// their own, attribute records shared by runs of keys, the curve's default value and its
+// extrapolation. Evaluation lives in fbx_anim_eval.h.
+// Baked curves are most of a big file: evenly spaced times are kept as a start and a step,
+// and a single record shared by every key needs no index array. Both turn into arrays at
+// the first key that breaks them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "fbx/fbx_time.h"
@@ -63,14 +66,6 @@ uint32_t FbxFloatToBits(float value);
 
 class FbxAnimKeyStore {
 public:
-    static constexpr int kBlockKeys = 42;
-
-    FbxAnimKeyStore() = default;
-    FbxAnimKeyStore(const FbxAnimKeyStore& other) { *this = other; }
-    FbxAnimKeyStore& operator=(const FbxAnimKeyStore& other);
-    FbxAnimKeyStore(FbxAnimKeyStore&&) noexcept = default;
-    FbxAnimKeyStore& operator=(FbxAnimKeyStore&&) noexcept = default;
-
     float defaultValue = 0.0f;
     FbxExtrapolation preExtrapolation = FbxExtrapolation::Constant;
     uint32_t preExtrapolationCount = kFbxUnlimited;
@@ -79,13 +74,20 @@ public:
     // Where a search starts when the caller passes no index of its own.
     mutable int lastSearchIndex = 0;
 
-    int KeyCount() const { return count_; }
+    int KeyCount() const { return int(values_.size()); }
     // Index must be in 0 to KeyCount() - 1.
-    const FbxAnimKey& Key(int index) const { return blocks_[size_t(index) / kBlockKeys]->keys[size_t(index) % kBlockKeys]; }
-    const FbxAnimKeyAttr& Attr(int index) const { return attrs_[Key(index).attr]; }
+    FbxLongLong KeyTime(int index) const {
+        if (!evenTimes_) return times_[size_t(index)];
+        // Unsigned arithmetic: the step of any two file times is exact modulo 2^64.
+        const FbxLongLong time = FbxLongLong(uint64_t(firstTime_) + uint64_t(index) * uint64_t(step_));
+        return oldUnitTimes_ ? FbxConvertOldUnitTicks(time) : time;
+    }
+    uint32_t KeyAttrIndex(int index) const { return keyAttrs_.empty() ? sharedAttr_ : keyAttrs_[size_t(index)]; }
+    FbxAnimKey Key(int index) const { return FbxAnimKey{KeyTime(index), KeyAttrIndex(index), values_[size_t(index)]}; }
+    const FbxAnimKeyAttr& Attr(int index) const { return attrs_[KeyAttrIndex(index)]; }
     const FbxAnimKeyAttr& AttrRecord(uint32_t attr) const { return attrs_[attr]; }
-    FbxTime Time(int index) const { return FbxTime(Key(index).time); }
-    float Value(int index) const { return Key(index).value; }
+    FbxTime Time(int index) const { return FbxTime(KeyTime(index)); }
+    float Value(int index) const { return values_[size_t(index)]; }
     uint32_t Flags(int index) const { return Attr(index).flags; }
     float Word(int index, int word) const { return FbxBitsToFloat(Attr(index).data[word]); }
 
@@ -93,26 +95,39 @@ public:
     void Reserve(int keyCount, int attrCount);
     uint32_t AddAttr(const FbxAnimKeyAttr& attr);
     void AppendKey(FbxLongLong time, float value, uint32_t attr);
+    // Whole arrays at once: record k holds the next runs[k] keys. The run lengths must add
+    // up to the number of times, which must equal the number of values.
+    // With oldUnitTimes the times are file ticks of the old unit, converted as they are read.
+    void Assign(const std::vector<FbxLongLong>& times, bool oldUnitTimes, std::vector<float>&& values,
+                const std::vector<FbxAnimKeyAttr>& attrs, const std::vector<uint32_t>& runs);
 
     // Editing. KeyAdd inserts a key at its time's place (or returns the key already at that
     // time) with a fresh attribute record of cubic auto flags and default weights.
     int KeyAdd(FbxTime time);
-    void SetValue(int index, float value) { Mutable(index).value = value; }
+    void SetValue(int index, float value) { values_[size_t(index)] = value; }
     // Gives the key an attribute record of its own before changing it.
     FbxAnimKeyAttr& MutableAttr(int index);
     void KeyRemove(int index);
     void Clear();
+    // Every value, the default value and the slopes of cubic non-TCB records times `factor`.
+    void Scale(double factor);
 
 private:
-    struct Block {
-        FbxAnimKey keys[kBlockKeys];
-    };
-    FbxAnimKey& Mutable(int index) { return blocks_[size_t(index) / kBlockKeys]->keys[size_t(index) % kBlockKeys]; }
     uint32_t NewAttr(const FbxAnimKeyAttr& attr);
     void Release(uint32_t attr);
+    void SpreadTimes();
+    // Even times from these: true with start and step set, false with times_ to fill.
+    bool FindStep(const std::vector<FbxLongLong>& times);
+    void SpreadAttrs();
 
-    std::vector<std::unique_ptr<Block>> blocks_;  // all full but the last
-    int count_ = 0;
+    bool evenTimes_ = true;  // times_ is empty and key k is at firstTime_ + k * step_
+    bool oldUnitTimes_ = false;  // even times in the old tick unit, converted on reading
+    FbxLongLong firstTime_ = 0;
+    FbxLongLong step_ = 0;
+    std::vector<FbxLongLong> times_;
+    std::vector<float> values_;
+    uint32_t sharedAttr_ = 0;        // the record of every key while keyAttrs_ is empty
+    std::vector<uint32_t> keyAttrs_;
     std::vector<FbxAnimKeyAttr> attrs_;
     std::vector<uint32_t> freeAttrs_;  // records whose reference count fell to 0
 };

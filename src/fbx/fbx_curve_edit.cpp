@@ -1,7 +1,6 @@
 #include "fbx/fbx_curve_edit.h"
 
 #include <optional>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "fbx/fbx_anim.h"
@@ -17,38 +16,6 @@ int ChannelOf(FbxAnimCurveNode* node, int component, bool create, double value) 
     if (channel < 0 && create && node->AddChannel(kChannelNames[component], FbxDoubleDT, value))
         channel = node->GetChannelIndex(kChannelNames[component]);
     return channel;
-}
-
-// Rewrites a key store with every value, the default value and the stored slopes
-// multiplied by `factor`. Attribute records stay shared by the same runs of keys.
-void ScaleStore(FbxAnimKeyStore& store, double factor) {
-    const int count = store.KeyCount();
-    std::vector<FbxAnimKey> keys;
-    keys.reserve(size_t(count));
-    std::unordered_map<uint32_t, uint32_t> newIndex;
-    std::vector<FbxAnimKeyAttr> attrs;
-    for (int i = 0; i < count; ++i) {
-        const FbxAnimKey& key = store.Key(i);
-        keys.push_back(key);
-        if (newIndex.emplace(key.attr, uint32_t(attrs.size())).second) attrs.push_back(store.AttrRecord(key.attr));
-    }
-    for (FbxAnimKeyAttr& attr : attrs) {
-        // Slopes are words 0 and 1 of a cubic key; a TCB key keeps tension and continuity there.
-        const bool slopes = (attr.flags & kFbxInterpolationMask) == kFbxInterpolationCubic &&
-                            (attr.flags & kFbxTangentMask) != kFbxTangentTCB;
-        if (!slopes) continue;
-        for (int w = 0; w < 2; ++w)
-            attr.data[w] = FbxFloatToBits(static_cast<float>(double(FbxBitsToFloat(attr.data[w])) * factor));
-    }
-    const float defaultValue = static_cast<float>(double(store.defaultValue) * factor);
-    store.Clear();
-    store.defaultValue = defaultValue;
-    store.Reserve(count, int(attrs.size()));
-    std::vector<uint32_t> stored;
-    stored.reserve(attrs.size());
-    for (const FbxAnimKeyAttr& attr : attrs) stored.push_back(store.AddAttr(attr));
-    for (const FbxAnimKey& key : keys)
-        store.AppendKey(key.time, static_cast<float>(double(key.value) * factor), stored[newIndex[key.attr]]);
 }
 
 }  // namespace
@@ -142,7 +109,7 @@ void FbxCurveSetSingleKey(FbxAnimCurve* curve, FbxTime time, float value) {
 }
 
 void FbxCurveScale(FbxAnimCurve* curve, double factor) {
-    if (curve) ScaleStore(curve->KeyStore(), factor);
+    if (curve) curve->KeyStore().Scale(factor);
 }
 
 void FbxCurveCopy(FbxAnimCurve* to, const FbxAnimCurve* from) {
@@ -158,7 +125,7 @@ void FbxCurvePermuteChannels(FbxProperty property, FbxAnimLayer* layer, const in
     if (!curves.node) return;
     std::optional<FbxAnimKeyStore> held[3];
     for (int c = 0; c < 3; ++c)
-        if (curves.curve[c]) held[c] = curves.curve[c]->KeyStore();
+        if (curves.curve[c]) held[c] = std::move(curves.curve[c]->KeyStore());
     const FbxDouble3 value = FbxPropertyT<FbxDouble3>(property).Get();
     for (int c = 0; c < 3; ++c) {
         const int from = source[c];
@@ -174,7 +141,7 @@ void FbxCurvePermuteChannels(FbxProperty property, FbxAnimLayer* layer, const in
             if (!curve) continue;
         }
         curve->KeyStore() = *held[from];
-        if (sign[c] != 1.0) ScaleStore(curve->KeyStore(), sign[c]);
+        if (sign[c] != 1.0) curve->KeyStore().Scale(sign[c]);
     }
 }
 

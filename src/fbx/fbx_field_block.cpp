@@ -53,6 +53,7 @@ void FbxFieldBlock::Clear() {
         std::fill(slots.begin(), slots.end(), 0);
     }
     currentField = -1;
+    end = 0;
     buffered = false;
     capacity = 0;
     fill = 0;
@@ -159,6 +160,7 @@ bool FbxReadBlock(const FbxByteView& view, FbxFieldBlock& block, const FbxFieldB
         ++records;
     }
     const uint64_t blockSize = pos - start + 1;
+    block.end = pos + 1;
     if (parent && parent->buffered) {
         const uint64_t room = parent->capacity - parent->fill;
         if (blockSize > room) return false;

@@ -35,6 +35,7 @@ struct FbxField {
 
 struct FbxFieldBlock {
     uint64_t start = 0;
+    uint64_t end = 0;  // just past the block's closing record, once read
     // Accounting of the section's shared value-list buffer: a block below the
     // size limit takes its value lists from the buffer its root allocated;
     // children continue behind their parent's fill position.

@@ -33,11 +33,17 @@ public:
 
     const uint8_t* Data() const { return data_; }
     size_t Size() const { return size_; }
+    // Tells that a range is read and unlikely to be read again: a mapped file gives its
+    // pages back (a later read still sees the same bytes).
+    void Release(const uint8_t* from, size_t length) const;
 
 private:
     FbxFileBytes() = default;
+    // Null for files below the mapping size, other than regular files, or when mapping fails.
+    static std::shared_ptr<const FbxFileBytes> MapFile(const std::string& path);
     const uint8_t* data_ = nullptr;
     size_t size_ = 0;
+    bool mapped_ = false;
     uint8_t* owned_ = nullptr;
     std::vector<uint8_t> adopted_;
 };
@@ -218,6 +224,8 @@ private:
     const uint8_t* NextValue(uint8_t& code, uint64_t& room);
     // The low `size` bytes of the value at the cursor, whatever its type; 0 past the end.
     uint64_t NextScalar(uint64_t size);
+    void DoneWith(uint64_t start, uint64_t end);
+
     template <typename T>
     const T* ReadArray(char code, size_t& count);
 
@@ -225,6 +233,8 @@ private:
     int binaryType_;
     bool acceptVersion7_ = true;
     std::shared_ptr<const FbxFileBytes> bytes_;
+    // The run of blocks read to their end, and how far it was given back.
+    uint64_t doneFrom_ = 0, doneTo_ = 0, givenTo_ = 0;
     std::string fileName_;
     bool binary_ = false;
     bool text_ = false;

@@ -287,6 +287,7 @@ const T* FbxFieldStream::ReadArray(char want, size_t& count) {
             return nullptr;
         }
     }
+    bytes_->Release(p + 12, stored);  // the array lives on in its scratch buffer
     if (bigEndian_ && sizeof(T) > 1) SwapElements<sizeof(T)>(out, elements);
     if (reinterpret_cast<uintptr_t>(out) % 16 != 0) return nullptr;
     count = elements;

@@ -549,8 +549,12 @@ const char* FbxProperty::GetEnumValue(int index) const {
 // ---- connections ----
 
 void FbxProperty::Link(const FbxProperty& source, const FbxProperty& destination) {
-    source.table_->Write(source.id_).Links().destinations.push_back(destination);
-    destination.table_->Write(destination.id_).Links().sources.push_back(source);
+    FbxPropertyLinks& out = source.table_->Write(source.id_).Links();
+    out.destinations.push_back(destination);
+    out.destinationCursor.count = -1;
+    FbxPropertyLinks& in = destination.table_->Write(destination.id_).Links();
+    in.sources.push_back(source);
+    in.sourceCursor.count = -1;
     if (destination.id_ == 0 && source.id_ == 0) destination.table_->Owner()->OnSrcObjectConnected(source.table_->Owner());
 }
 
@@ -563,6 +567,7 @@ bool FbxProperty::Unlink(const FbxProperty& source, const FbxProperty& destinati
         for (size_t k = list.size(); k-- > 0;)
             if (list[k] == end) {
                 list.erase(list.begin() + static_cast<std::ptrdiff_t>(k));
+                (sources ? links->sourceCursor : links->destinationCursor) = FbxLinkCursor();
                 return true;
             }
         return false;
@@ -648,17 +653,33 @@ const std::vector<FbxProperty>& FbxProperty::Destinations() const {
 
 namespace {
 
-int CountObjects(const std::vector<FbxProperty>& list, const FbxCriteria& criteria) {
+int CountObjects(const std::vector<FbxProperty>& list, const FbxCriteria& criteria, FbxLinkCursor* cursor) {
+    if (cursor && cursor->count >= 0 && cursor->countCriteria == criteria) return cursor->count;
     int n = 0;
     for (const FbxProperty& p : list)
         if (p.IsRoot() && criteria.Matches(p.GetFbxObject())) ++n;
+    if (cursor) {
+        cursor->countCriteria = criteria;
+        cursor->count = n;
+    }
     return n;
 }
 
-FbxObject* NthObject(const std::vector<FbxProperty>& list, const FbxCriteria& criteria, int index) {
+FbxObject* NthObject(const std::vector<FbxProperty>& list, const FbxCriteria& criteria, int index, FbxLinkCursor* cursor) {
     if (index < 0) return nullptr;
-    for (const FbxProperty& p : list)
-        if (p.IsRoot() && criteria.Matches(p.GetFbxObject()) && index-- == 0) return p.GetFbxObject();
+    size_t start = 0;
+    int left = index;
+    if (cursor && cursor->index >= 0 && cursor->index <= index && cursor->criteria == criteria) {
+        start = cursor->position;
+        left = index - cursor->index;
+    }
+    for (size_t k = start; k < list.size(); ++k) {
+        const FbxProperty& p = list[k];
+        if (p.IsRoot() && criteria.Matches(p.GetFbxObject()) && left-- == 0) {
+            if (cursor) *cursor = {criteria, index, k, cursor->countCriteria, cursor->count};
+            return p.GetFbxObject();
+        }
+    }
     return nullptr;
 }
 
@@ -678,13 +699,26 @@ FbxProperty NthProperty(const std::vector<FbxProperty>& list, int index) {
 
 }  // namespace
 
-int FbxProperty::GetSrcObjectCount(const FbxCriteria& criteria) const { return CountObjects(Sources(), criteria); }
-FbxObject* FbxProperty::GetSrcObject(const FbxCriteria& criteria, int index) const {
-    return NthObject(Sources(), criteria, index);
+const FbxPropertyLinks* FbxProperty::LinksOf() const {
+    if (!IsValid() || !table_->Has(id_)) return nullptr;
+    return table_->Read(id_).links.get();
 }
-int FbxProperty::GetDstObjectCount(const FbxCriteria& criteria) const { return CountObjects(Destinations(), criteria); }
+
+int FbxProperty::GetSrcObjectCount(const FbxCriteria& criteria) const {
+    const FbxPropertyLinks* links = LinksOf();
+    return links ? CountObjects(links->sources, criteria, &links->sourceCursor) : 0;
+}
+FbxObject* FbxProperty::GetSrcObject(const FbxCriteria& criteria, int index) const {
+    const FbxPropertyLinks* links = LinksOf();
+    return links ? NthObject(links->sources, criteria, index, &links->sourceCursor) : nullptr;
+}
+int FbxProperty::GetDstObjectCount(const FbxCriteria& criteria) const {
+    const FbxPropertyLinks* links = LinksOf();
+    return links ? CountObjects(links->destinations, criteria, &links->destinationCursor) : 0;
+}
 FbxObject* FbxProperty::GetDstObject(const FbxCriteria& criteria, int index) const {
-    return NthObject(Destinations(), criteria, index);
+    const FbxPropertyLinks* links = LinksOf();
+    return links ? NthObject(links->destinations, criteria, index, &links->destinationCursor) : nullptr;
 }
 int FbxProperty::GetSrcPropertyCount() const { return CountProperties(Sources()); }
 FbxProperty FbxProperty::GetSrcProperty(int index) const { return NthProperty(Sources(), index); }

@@ -13,6 +13,7 @@
 template <class T> struct FbxTypeOf;
 class FbxObject;
 class FbxPropertyTable;
+struct FbxPropertyLinks;
 class FbxAnimLayer;
 class FbxAnimCurveNode;
 class FbxAnimCurve;
@@ -36,6 +37,7 @@ public:
     FbxCriteria() = default;
     static FbxCriteria ObjectType(const FbxClassId& classId) { return FbxCriteria(&classId); }
     bool Matches(const FbxObject* object) const;
+    bool operator==(const FbxCriteria&) const = default;
 
 private:
     explicit FbxCriteria(const FbxClassId* classId) : classId_(classId) {}
@@ -164,6 +166,7 @@ private:
     // Appends the connection this -> destination without checking for duplicates.
     static void Link(const FbxProperty& source, const FbxProperty& destination);
     static bool Unlink(const FbxProperty& source, const FbxProperty& destination);
+    const FbxPropertyLinks* LinksOf() const;
 
     FbxPropertyTable* table_ = nullptr;
     uint32_t id_ = InvalidId;

@@ -17,9 +17,22 @@
 
 #include "fbx/fbx_property.h"
 
+// Where the last look-up of the index-th object of a kind ended in a list, and how many
+// objects of that kind the list holds: walks by index go on from there, so that a loop
+// over thousands of children stays linear. Appending keeps the place, removing drops it.
+struct FbxLinkCursor {
+    FbxCriteria criteria;
+    int index = -1;
+    size_t position = 0;
+    FbxCriteria countCriteria;
+    int count = -1;
+};
+
 struct FbxPropertyLinks {
     std::vector<FbxProperty> sources;
     std::vector<FbxProperty> destinations;
+    mutable FbxLinkCursor sourceCursor;
+    mutable FbxLinkCursor destinationCursor;
 };
 
 // What few properties have: a label, limits, enum entries, a matrix value.

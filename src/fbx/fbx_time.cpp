@@ -20,18 +20,13 @@ void FbxTime::SetSecondDouble(double seconds) {
 
 FbxLongLong FbxConvertOldUnitTicks(FbxLongLong t) {
     if (t == 0 || t == FbxTime::kInfinite || t == FbxTime::kMinusInfinite) return t;
-    constexpr FbxLongLong kHour = 166270168800000LL;
-    constexpr FbxLongLong kMinute = 2771169480000LL;
     constexpr FbxLongLong kSecond = 46186158000LL;
-    // C++ division truncates towards zero, as the conversion wants for negative times too.
-    const FbxLongLong hours = t / kHour;
-    FbxLongLong rest = t % kHour;
-    const FbxLongLong minutes = rest / kMinute;
-    rest %= kMinute;
-    const FbxLongLong seconds = rest / kSecond;
-    const FbxLongLong remainder = rest % kSecond;
-    // |hours| <= 2^63 / kHour (55,471), so the whole-second part stays far inside 64 bits.
-    return ((hours * 60 + minutes) * 60 + seconds) * FbxTime::kTicksPerSecond + ((remainder + 164) * 141120) / 46186158;
+    // Hours, minutes and seconds of the old unit are exact multiples of its second, and
+    // C++ division truncates towards zero (as the conversion wants for negative times
+    // too), so whole seconds and the rest come from one division.
+    const FbxLongLong seconds = t / kSecond;
+    const FbxLongLong remainder = t % kSecond;
+    return seconds * FbxTime::kTicksPerSecond + ((remainder + 164) * 141120) / 46186158;
 }
 
 bool FbxFileTimesInOldUnit(int timeUnitDefinition, int fileVersion) {

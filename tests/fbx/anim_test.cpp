@@ -555,3 +555,76 @@ TEST_F(FbxAnimObjects, ShapeChannelCurvesAreFoundOrMadeOnTheLayer) {
 }
 
 }  // namespace
+
+namespace {
+
+// Evenly spaced keys are kept as a start and a step until an edit breaks the spacing;
+// every state must read back the same times. Old-unit ticks: one old second is
+// 46186158000 ticks and reads as 141120000 (the rest, (0 + 164) * 141120 / 46186158,
+// rounds to 0).
+TEST(FbxAnimKeyStore, EvenTimesSurviveEveryEdit) {
+    constexpr FbxLongLong kOld = 46186158000LL, kNew = 141120000LL;
+    struct Row {
+        const char* name;
+        bool oldUnit;
+        FbxLongLong step;  // in file ticks
+        FbxLongLong read;  // the step as read
+    };
+    const Row rows[] = {{"new unit", false, 10, 10}, {"old unit", true, kOld, kNew}};
+    for (const Row& row : rows) {
+        FbxAnimKeyStore store;
+        FbxAnimKeyAttr linear;
+        linear.flags = kFbxInterpolationLinear;
+        store.Assign({0, row.step, 2 * row.step, 3 * row.step}, row.oldUnit, {0, 1, 2, 3}, {linear}, {4});
+        ASSERT_EQ(store.KeyCount(), 4) << row.name;
+        for (int i = 0; i < 4; ++i) EXPECT_EQ(store.KeyTime(i), i * row.read) << row.name;
+
+        store.KeyRemove(0);  // 1 2 3
+        EXPECT_EQ(store.KeyTime(0), row.read) << row.name;
+        store.AppendKey(4 * row.read, 4.0f, store.AddAttr(linear));  // 1 2 3 4
+        store.AppendKey(6 * row.read, 6.0f, store.AddAttr(linear));  // spacing broken: 1 2 3 4 6
+        const int at = store.KeyAdd(FbxTime(5 * row.read));           // 1 2 3 4 5 6
+        EXPECT_EQ(at, 4) << row.name;
+        store.SetValue(at, 5.0f);
+        ASSERT_EQ(store.KeyCount(), 6) << row.name;
+        for (int i = 0; i < 6; ++i) {
+            EXPECT_EQ(store.KeyTime(i), (i + 1) * row.read) << row.name << " " << i;
+            EXPECT_EQ(store.Value(i), float(i + 1)) << row.name << " " << i;
+        }
+        // The key added in the middle has a cubic record of its own; the first keys share theirs.
+        EXPECT_EQ(store.Flags(4), uint32_t(kFbxInterpolationCubic | kFbxTangentAuto)) << row.name;
+        EXPECT_EQ(store.Attr(0).refCount, 3) << row.name;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// Children by index while the list changes between look-ups: a walk that resumes from
+// the last child found must still see removals, insertions and other kinds of sources.
+TEST_F(SceneTest, ChildrenByIndexFollowRemovalsAndAdditions) {
+    FbxNode* parent = FbxNode::Create(scene, "parent");
+    FbxNode* kids[4];
+    for (int i = 0; i < 4; ++i) {
+        kids[i] = FbxNode::Create(scene, ("kid" + std::to_string(i)).c_str());
+        parent->AddChild(kids[i]);
+        // A source of another kind between children does not count as one.
+        parent->ConnectSrcObject(FbxMesh::Create(scene, ""));
+    }
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(parent->GetChild(i), kids[i]);
+    ASSERT_EQ(parent->GetChildCount(), 4);
+
+    parent->RemoveChild(kids[1]);  // kid0 kid2 kid3
+    EXPECT_EQ(parent->GetChildCount(), 3);
+    EXPECT_EQ(parent->GetChild(1), kids[2]);
+    EXPECT_EQ(parent->GetChild(2), kids[3]);
+    EXPECT_EQ(parent->GetChild(3), nullptr);
+    parent->AddChild(kids[1]);  // kid0 kid2 kid3 kid1
+    EXPECT_EQ(parent->GetChildCount(), 4);
+    EXPECT_EQ(parent->GetChild(3), kids[1]);
+    EXPECT_EQ(parent->GetChild(0), kids[0]);  // backwards from the last look-up
+    EXPECT_EQ(parent->GetSrcObjectCount<FbxMesh>(), 4);
+}
+
+}  // namespace
