@@ -6,7 +6,7 @@
 #include <set>
 
 #include "avatar/avatar_tables.h"
-#include "table_file.h"
+#include "text_table.h"
 
 namespace {
 const std::vector<std::string>& Row(const std::string& group) { return MorphTransferTable.at(group).morphNames; }

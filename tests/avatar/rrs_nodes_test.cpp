@@ -8,7 +8,7 @@
 
 #include "avatar/rrs_nodes.h"
 #include "scratch_folder.h"
-#include "table_file.h"
+#include "text_table.h"
 
 namespace fs = std::filesystem;
 

@@ -9,7 +9,7 @@
 #include "file_contents.h"
 #include "run_tool.h"
 #include "scratch_folder.h"
-#include "table_file.h"
+#include "text_table.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "driver/format_registry.h"
 #include "driver/options.h"
-#include "table_file.h"
+#include "text_table.h"
 
 class OptionLookupTest : public testing::TestWithParam<testsupport::TableRow> {};
 

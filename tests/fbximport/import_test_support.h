@@ -12,7 +12,7 @@
 #include "fbx_test_scene.h"
 #include "scene/math.h"
 #include "scratch_folder.h"
-#include "table_file.h"
+#include "text_table.h"
 
 // A folder of its own in the test process's scratch folder, made empty.
 inline std::string ScratchDir(const std::string& label) {

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "json/json.h"
-#include "quoted_rows.h"
+#include "text_table.h"
 #include "scratch_folder.h"
 
 namespace {
@@ -14,10 +14,10 @@ namespace {
 // Each row of data/parser_cases.txt: the text, "gives" and the compact result, or "fails"
 // and the error. One parser reads them all, so a stale error would show on the next row.
 TEST(JsonParser, CasesOfTheTable) {
-    const auto rows = testsupport::ReadQuotedRows(std::string(VURL_JSON_DATA_DIR) + "/parser_cases.txt");
+    const auto rows = testsupport::ReadTable(std::string(VURL_JSON_DATA_DIR) + "/parser_cases.txt");
     ASSERT_GT(rows.size(), 50u);
     JsonParser parser;
-    for (const testsupport::QuotedRow& row : rows) {
+    for (const testsupport::TableRow& row : rows) {
         ASSERT_EQ(row.fields.size(), 3u) << "parser_cases.txt:" << row.line;
         const bool fails = row.fields[1] == "fails";
         JsonValue value = parser.ParseString(row.fields[0]);

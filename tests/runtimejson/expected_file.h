@@ -6,7 +6,7 @@
 
 #include "file_contents.h"
 #include "scratch_folder.h"
-#include "table_file.h"
+#include "text_table.h"
 
 namespace testing_scene {
 

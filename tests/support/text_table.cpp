@@ -1,6 +1,7 @@
 #include "text_table.h"
 
 #include <cstdlib>
+#include <stdexcept>
 
 #include "file_contents.h"
 
@@ -20,44 +21,53 @@ int HexDigit(char c) {
     return -1;
 }
 
-// Splits at unescaped '|' and undoes the escapes of each field after trimming it.
-std::vector<std::string> Split(const std::string& line) {
-    std::vector<std::string> fields;
-    std::string raw;
-    for (size_t k = 0; k <= line.size(); ++k) {
-        if (k == line.size() || line[k] == '|') {
-            std::string field, trimmed = Trim(raw);
-            for (size_t i = 0; i < trimmed.size(); ++i) {
-                if (trimmed[i] != '\\' || i + 1 == trimmed.size()) {
-                    field += trimmed[i];
-                    continue;
-                }
-                const char e = trimmed[++i];
-                if (e == 'n') field += '\n';
-                else if (e == 't') field += '\t';
-                else if (e == 'r') field += '\r';
-                else if (e == 's') field += ' ';
-                else if (e == 'x' && i + 2 < trimmed.size() && HexDigit(trimmed[i + 1]) >= 0 &&
-                         HexDigit(trimmed[i + 2]) >= 0) {
-                    field += static_cast<char>(HexDigit(trimmed[i + 1]) * 16 + HexDigit(trimmed[i + 2]));
-                    i += 2;
-                } else {
-                    field += e;
-                }
-            }
-            fields.push_back(field);
-            raw.clear();
-        } else if (line[k] == '\\' && k + 1 < line.size()) {
-            raw += line[k];
-            raw += line[++k];
+std::string Unescape(const std::string& raw) {
+    std::string field;
+    for (size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] != '\\' || i + 1 == raw.size()) {
+            field += raw[i];
+            continue;
+        }
+        const char e = raw[++i];
+        if (e == 'n') field += '\n';
+        else if (e == 't') field += '\t';
+        else if (e == 'r') field += '\r';
+        else if (e == 's') field += ' ';
+        else if (e == 'x' && i + 2 < raw.size() && HexDigit(raw[i + 1]) >= 0 && HexDigit(raw[i + 2]) >= 0) {
+            field += static_cast<char>(HexDigit(raw[i + 1]) * 16 + HexDigit(raw[i + 2]));
+            i += 2;
         } else {
-            raw += line[k];
+            field += e;
         }
     }
-    return fields;
+    return field;
+}
+
+// Splits at unescaped `separator`, keeping the escapes.
+std::vector<std::string> SplitRaw(const std::string& text, char separator) {
+    std::vector<std::string> parts(1);
+    for (size_t k = 0; k < text.size(); ++k) {
+        if (text[k] == separator) parts.emplace_back();
+        else if (text[k] == '\\' && k + 1 < text.size()) parts.back() += text.substr(k++, 2);
+        else parts.back() += text[k];
+    }
+    return parts;
 }
 
 }  // namespace
+
+std::vector<std::string> TableRow::Items(size_t i) const {
+    std::vector<std::string> items;
+    if (raw.at(i).empty()) return items;
+    for (const std::string& item : SplitRaw(raw[i], ',')) items.push_back(Unescape(item));
+    return items;
+}
+
+std::vector<float> TableRow::Floats(size_t i) const {
+    std::vector<float> values;
+    for (const std::string& item : Items(i)) values.push_back(std::stof(item));
+    return values;
+}
 
 Table ReadTable(const std::string& path) {
     const std::string text = ReadFileText(path);
@@ -71,8 +81,14 @@ Table ReadTable(const std::string& path) {
         ++number;
         const std::string trimmed = Trim(line);
         if (trimmed.empty() || trimmed[0] == '#') continue;
-        table.push_back({number, Split(line)});
+        TableRow row{number, {}, {}};
+        for (const std::string& part : SplitRaw(line, '|')) {
+            row.raw.push_back(Trim(part));
+            row.fields.push_back(Unescape(row.raw.back()));
+        }
+        table.push_back(std::move(row));
     }
+    if (table.empty()) throw std::runtime_error("no table rows in " + path);
     return table;
 }
 
