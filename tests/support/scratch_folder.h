@@ -22,6 +22,7 @@ public:
 
 private:
     std::filesystem::path path_;
+    long owner_ = 0;  // process that made the folder
 };
 
 // One folder for the whole test process, removed when the process ends.
