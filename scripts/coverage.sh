@@ -21,6 +21,9 @@ cmake --build "$build" -j "$jobs"
 # Counts from an earlier run would add up with this one.
 find "$build" -name '*.gcda' -delete
 (cd "$build" && ctest -j "$jobs" --output-on-failure)
-# Branches the compiler adds for exceptions say nothing about our tests.
+# Branches the compiler adds for exceptions say nothing about our tests. The per-file table
+# goes into the build folder; never name a device as the output, gcovr deletes the path it
+# tries before writing.
 gcovr --root "$here" --filter "$here/src/" --object-directory "$build" \
-  --exclude-throw-branches --exclude-unreachable-branches --print-summary -o /dev/null
+  --exclude-throw-branches --exclude-unreachable-branches --print-summary -o "$build/coverage.txt"
+echo "coverage: per-file table in $build/coverage.txt"
