@@ -15,6 +15,7 @@
 #include "fbx/fbx_anim.h"
 #include "fbx/fbx_ascii_transcode.h"
 #include "fbx_fixture.h"
+#include "fbx_import_setup.h"
 #include "fbx_scene_document.h"
 #include "fbx_walk.h"
 #include "file_contents.h"
@@ -277,14 +278,11 @@ TEST(AsciiTwin, SameFieldTreeAsBinary) {
 // curve keys, as text.
 std::vector<std::string> ImportSummary(const void* data, size_t size, int& curveKeys) {
     std::vector<std::string> out;
-    FbxManager* manager = FbxManager::Create();
-    FbxIOSettings* settings = FbxIOSettings::Create(manager, "IOSRoot");
-    manager->SetIOSettings(settings);
-    settings->SetBoolProp("Import|AdvOptGrp|FileFormat|Fbx|ExtractEmbeddedData", false);
-    FbxScene* scene = FbxScene::Create(manager, "");
-    FbxImporter* importer = FbxImporter::Create(manager, "");
-    EXPECT_TRUE(importer->Initialize(data, size, "twin.fbx", settings));
-    EXPECT_TRUE(importer->Import(scene)) << importer->GetStatus().GetErrorString();
+    const fbxwalk::ImportSetup setup = fbxwalk::MakeImportSetup(false);
+    FbxManager* manager = setup.manager;
+    FbxImporter* importer = setup.importer;
+    EXPECT_TRUE(importer->Initialize(data, size, "twin.fbx", setup.settings));
+    EXPECT_TRUE(importer->Import(setup.scene)) << importer->GetStatus().GetErrorString();
     manager->ForEachObject([&](FbxObject* object) {
         std::string line = std::string(object->GetClassId().GetName()) + " " + object->GetNameWithNameSpace();
         for (FbxProperty p = object->GetFirstProperty(); p.IsValid(); p = object->GetNextProperty(p)) {

@@ -9,6 +9,7 @@
 #include "fbx/fbx_importer.h"
 #include "fbx/fbx_manager.h"
 #include "fbx/fbx_node.h"
+#include "fbx_import_setup.h"
 
 namespace {
 
@@ -30,13 +31,10 @@ Counts CountDocument(FbxManager& manager) {
 }
 
 bool Probe(const char* path, bool extract) {
-    FbxManager* manager = FbxManager::Create();
-    FbxIOSettings* settings = FbxIOSettings::Create(manager, "IOSRoot");
-    manager->SetIOSettings(settings);
-    settings->SetBoolProp("Import|AdvOptGrp|FileFormat|Fbx|ExtractEmbeddedData", extract);
-    FbxScene* scene = FbxScene::Create(manager, "My Scene");
-    FbxImporter* importer = FbxImporter::Create(manager, "");
-    bool ok = importer->Initialize(path, -1, settings) && importer->Import(scene);
+    const fbxwalk::ImportSetup setup = fbxwalk::MakeImportSetup(extract, "My Scene");
+    FbxManager* manager = setup.manager;
+    FbxImporter* importer = setup.importer;
+    bool ok = importer->Initialize(path, -1, setup.settings) && importer->Import(setup.scene);
     const FbxStatus& status = importer->GetStatus();
     int major = 0, minor = 0, revision = 0;
     importer->GetFileVersion(major, minor, revision);

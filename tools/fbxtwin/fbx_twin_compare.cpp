@@ -23,6 +23,7 @@
 #include "fbx/fbx_field_stream.h"
 #include "fbx/fbx_importer.h"
 #include "fbx/fbx_manager.h"
+#include "fbx_import_setup.h"
 
 namespace {
 
@@ -294,13 +295,10 @@ void Describe(const FbxProperty& p, ObjectSummary& o) {
 
 std::vector<ObjectSummary> Import(const char* path, std::string& failure) {
     std::vector<ObjectSummary> out;
-    FbxManager* manager = FbxManager::Create();
-    FbxIOSettings* settings = FbxIOSettings::Create(manager, "IOSRoot");
-    manager->SetIOSettings(settings);
-    settings->SetBoolProp("Import|AdvOptGrp|FileFormat|Fbx|ExtractEmbeddedData", false);
-    FbxScene* scene = FbxScene::Create(manager, "");
-    FbxImporter* importer = FbxImporter::Create(manager, "");
-    if (!importer->Initialize(path, -1, settings) || !importer->Import(scene)) {
+    const fbxwalk::ImportSetup setup = fbxwalk::MakeImportSetup(false);
+    FbxManager* manager = setup.manager;
+    FbxImporter* importer = setup.importer;
+    if (!importer->Initialize(path, -1, setup.settings) || !importer->Import(setup.scene)) {
         failure = importer->GetStatus().GetErrorString();
     }
     manager->ForEachObject([&](FbxObject* object) {
