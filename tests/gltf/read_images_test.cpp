@@ -94,15 +94,3 @@ TEST(ExtractImages, UnmakeableFolderIsRefused) {
     ASSERT_TRUE(WriteFile(dir.File("in.glb.fbm"), {1}));  // a file in the folder's place
     EXPECT_THROW(ExtractEmbeddedImages(context), GltfError);
 }
-
-TEST(ExtractImages, ViewsOfOtherBuffersStillReadTheBinaryChunk) {
-    ScratchFolder dir;
-    const std::string json = R"({"buffers":[{"byteLength":10},{"uri":"elsewhere.bin","byteLength":10}],
-        "bufferViews":[{"buffer":1,"byteLength":10}],"images":[{"name":"pic","bufferView":0}]})";
-    GltfContext context;
-    ASSERT_TRUE(ReadBytes(dir, MakeGlb(json, kPngHead), context));
-    ::testing::internal::CaptureStdout();
-    ExtractEmbeddedImages(context);
-    ::testing::internal::GetCapturedStdout();
-    EXPECT_EQ(testsupport::ReadFileBytes(dir.File("in.glb.fbm/pic.png")), kPngHead);  // the signature in the chunk gave ".png" too
-}
