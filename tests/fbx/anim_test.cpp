@@ -539,30 +539,4 @@ TEST(FbxAnimKeyStore, EvenTimesSurviveEveryEdit) {
     }
 }
 
-// Children by index while the list changes between look-ups: a walk that resumes from
-// the last child found must still see removals, insertions and other kinds of sources.
-TEST_F(SceneTest, ChildrenByIndexFollowRemovalsAndAdditions) {
-    FbxNode* parent = FbxNode::Create(scene, "parent");
-    FbxNode* kids[4];
-    for (int i = 0; i < 4; ++i) {
-        kids[i] = FbxNode::Create(scene, ("kid" + std::to_string(i)).c_str());
-        parent->AddChild(kids[i]);
-        // A source of another kind between children does not count as one.
-        parent->ConnectSrcObject(FbxMesh::Create(scene, ""));
-    }
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(parent->GetChild(i), kids[i]);
-    ASSERT_EQ(parent->GetChildCount(), 4);
-
-    parent->RemoveChild(kids[1]);  // kid0 kid2 kid3
-    EXPECT_EQ(parent->GetChildCount(), 3);
-    EXPECT_EQ(parent->GetChild(1), kids[2]);
-    EXPECT_EQ(parent->GetChild(2), kids[3]);
-    EXPECT_EQ(parent->GetChild(3), nullptr);
-    parent->AddChild(kids[1]);  // kid0 kid2 kid3 kid1
-    EXPECT_EQ(parent->GetChildCount(), 4);
-    EXPECT_EQ(parent->GetChild(3), kids[1]);
-    EXPECT_EQ(parent->GetChild(0), kids[0]);  // backwards from the last look-up
-    EXPECT_EQ(parent->GetSrcObjectCount<FbxMesh>(), 4);
-}
-
 }  // namespace

@@ -16,9 +16,6 @@ namespace {
 
 using namespace fbxtest;
 using fbxwriter::ConnectionOO;
-using fbxwriter::ConnectionOP;
-using fbxwriter::ConnectionPO;
-using fbxwriter::ConnectionPP;
 
 TEST_F(SceneTest, NameBehindNamespace) {
     FbxNode* node = FbxNode::Create(scene, "Model::Cube");
@@ -47,20 +44,7 @@ TEST_F(SceneTest, PropertyTreeFindWalksSeparatedNames) {
     EXPECT_TRUE(found);
 }
 
-TEST_F(SceneTest, InvalidPropertyLeavesOutValueAlone) {
-    FbxNode* node = FbxNode::Create(scene, "n");
-    FbxProperty missing = node->FindProperty("NotAProperty");
-    EXPECT_FALSE(missing.IsValid());
-    EXPECT_FALSE(FbxProperty().IsValid());
-    double value = 7.5;
-    EXPECT_FALSE(missing.Get(&value, eFbxDouble));
-    EXPECT_EQ(value, 7.5);
-    // A reference property has no value either.
-    EXPECT_FALSE(node->LookAtProperty.Get(&value, eFbxDouble));
-    EXPECT_EQ(value, 7.5);
-}
-
-TEST_F(SceneTest, GetConvertsBetweenTypes) {
+TEST_F(SceneTest, GetConvertsOrLeavesTheOutValueAlone) {
     FbxNode* node = FbxNode::Create(scene, "n");
     node->LclScaling.Set(FbxDouble3{2, 3, 4});
     EXPECT_EQ(node->LclScaling.FbxProperty::Get<double>(), 2.0);  // first component
@@ -71,52 +55,55 @@ TEST_F(SceneTest, GetConvertsBetweenTypes) {
     std::string text = "unchanged";
     EXPECT_FALSE(node->RotationOrder.FbxProperty::Get(&text, eFbxString));
     EXPECT_EQ(text, "unchanged");
+    // Missing and reference properties have no value.
+    FbxProperty missing = node->FindProperty("NotAProperty");
+    EXPECT_FALSE(missing.IsValid() || FbxProperty().IsValid());
+    double value = 7.5;
+    EXPECT_FALSE(missing.Get(&value, eFbxDouble));
+    EXPECT_FALSE(node->LookAtProperty.Get(&value, eFbxDouble));
+    EXPECT_EQ(value, 7.5);
 }
 
 TEST_F(SceneTest, ConnectionsKeepOrderAndFilterByClass) {
     FbxNode* parent = FbxNode::Create(scene, "parent");
-    FbxNode* a = FbxNode::Create(scene, "a");
+    FbxNode* kids[4];
     FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
-    FbxNode* b = FbxNode::Create(scene, "b");
-    parent->ConnectSrcObject(a);
-    parent->ConnectSrcObject(mesh);
-    parent->ConnectSrcObject(b);
-    EXPECT_EQ(parent->GetSrcObjectCount(), 3);
-    EXPECT_EQ(parent->GetChildCount(), 2);
-    EXPECT_EQ(parent->GetChild(0), a);
-    EXPECT_EQ(parent->GetChild(1), b);
-    EXPECT_EQ(parent->GetChild(2), nullptr);
+    for (int i = 0; i < 4; ++i) {
+        kids[i] = FbxNode::Create(scene, ("kid" + std::to_string(i)).c_str());
+        parent->AddChild(kids[i]);
+        // A source of another kind between children does not count as one.
+        parent->ConnectSrcObject(i == 0 ? mesh : FbxMesh::Create(scene, ""));
+    }
+    EXPECT_EQ(parent->GetSrcObjectCount(), 8);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(parent->GetChild(i), kids[i]);
     EXPECT_EQ(parent->GetChild(-1), nullptr);
     EXPECT_EQ(parent->GetSrcObject<FbxGeometry>(0), mesh);  // a subclass matches
     EXPECT_EQ(parent->GetNodeAttribute(), mesh);            // the first attribute becomes the default one
-    EXPECT_EQ(b->GetParent(), parent);
+    EXPECT_EQ(kids[1]->GetParent(), parent);
     EXPECT_EQ(mesh->GetNode(), parent);
-    b->Destroy();
-    EXPECT_EQ(parent->GetChildCount(), 1);
+
+    // Children by index while the list changes between look-ups: a walk that resumes from
+    // the last child found must still see removals and insertions.
+    parent->RemoveChild(kids[1]);  // kid0 kid2 kid3
+    EXPECT_EQ(parent->GetChildCount(), 3);
+    EXPECT_EQ(parent->GetChild(1), kids[2]);
+    EXPECT_EQ(parent->GetChild(2), kids[3]);
+    EXPECT_EQ(parent->GetChild(3), nullptr);
+    parent->AddChild(kids[1]);  // kid0 kid2 kid3 kid1
+    EXPECT_EQ(parent->GetChild(3), kids[1]);
+    EXPECT_EQ(parent->GetChild(0), kids[0]);  // backwards from the last look-up
+    kids[2]->Destroy();
+    EXPECT_EQ(parent->GetChildCount(), 3);
     EXPECT_EQ(parent->GetSrcObject(1), mesh);
-}
 
-TEST_F(SceneTest, PropertyConnectionsAreNotObjectConnections) {
-    FbxNode* node = FbxNode::Create(scene, "n");
+    // Property connections are not object connections.
     FbxObject* curveNode = FbxObject::Create(scene, "cn");
-    node->LclTranslation.ConnectSrcObject(curveNode);
-    EXPECT_EQ(node->LclTranslation.GetSrcObjectCount(), 1);
-    EXPECT_EQ(node->GetSrcObjectCount(), 0);
+    parent->LclTranslation.ConnectSrcObject(curveNode);
+    EXPECT_EQ(parent->LclTranslation.GetSrcObjectCount(), 1);
+    EXPECT_EQ(parent->GetSrcObjectCount(), 7);
     EXPECT_EQ(curveNode->GetDstPropertyCount(), 1);
-    EXPECT_EQ(curveNode->GetDstProperty(0), node->LclTranslation);
+    EXPECT_EQ(curveNode->GetDstProperty(0), parent->LclTranslation);
     EXPECT_EQ(curveNode->GetDstObjectCount(), 1);  // the scene that owns it
-}
-
-TEST_F(SceneTest, RecursiveChildCountFollowsTheTree) {
-    FbxNode* root = scene->GetRootNode();
-    FbxNode* a = Child(root, "a");
-    FbxNode* b = Child(a, "b");
-    FbxNode* c = Child(b, "c");
-    EXPECT_EQ(root->GetChildCount(false), 1);
-    EXPECT_EQ(root->GetChildCount(true), 3);
-    c->AddChild(b);  // AddChild moves a node: b leaves a
-    EXPECT_EQ(a->GetChildCount(), 0);
-    EXPECT_EQ(b->GetParent(), c);
 }
 
 TEST(PropertyFlagsTest, LettersAndDigits) {
@@ -127,13 +114,19 @@ TEST(PropertyFlagsTest, LettersAndDigits) {
     }
 }
 
-// The objects of data/reader_scene.fbx, a text file, imported once for the tests that
-// only look at them.
+// The objects of data/reader_scene.fbx and the connections of data/reader_connections.fbx,
+// text files, imported once for the tests that only look at them.
 struct ReaderScene : ::testing::Test {
-    static inline std::unique_ptr<Imported> file;
-    static void SetUpTestSuite() { file = Import(testsupport::ReadFileBytes(VURL_FBX_DATA "/reader_scene.fbx")); }
-    static void TearDownTestSuite() { file.reset(); }
-    void SetUp() override { ASSERT_TRUE(file->ok) << file->Status().GetErrorString(); }
+    static inline std::unique_ptr<Imported> file, graph;
+    static void SetUpTestSuite() {
+        file = Import(testsupport::ReadFileBytes(VURL_FBX_DATA "/reader_scene.fbx"));
+        graph = Import(testsupport::ReadFileBytes(VURL_FBX_DATA "/reader_connections.fbx"));
+    }
+    static void TearDownTestSuite() { file.reset(), graph.reset(); }
+    void SetUp() override {
+        ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+        ASSERT_TRUE(graph->ok) << graph->Status().GetErrorString();
+    }
 };
 
 TEST_F(ReaderScene, PropertyValuesFlagsAndLimits) {
@@ -410,116 +403,49 @@ TEST(EmbeddedMediaTest, ContentGoesIntoTheFolderNamedAfterTheFile) {
 }
 
 
-// Two nodes, a curve node, a mesh, a material, a layered texture and a texture.
-FileParts Graph() {
-    FileParts parts;
-    parts.objects.Child(Object("Model", 1, "Parent", "Model", "Null"));
-    parts.objects.Child(Object("Model", 2, "Child", "Model", "Mesh"));
-    Record curveNode = Object("AnimationCurveNode", 3, "T", "AnimCurveNode", "");
-    P(curveNode, "d|X", "Number", "", "A").Double(0);
-    parts.objects.Child(curveNode);
-    parts.objects.Child(Object("Geometry", 4, "Mesh", "Geometry", "Mesh"));
-    parts.objects.Child(Object("Material", 5, "Paint", "Material", ""));
-    parts.objects.Child(Object("LayeredTexture", 6, "Layers", "LayeredTexture", ""));
-    parts.objects.Child(Object("Texture", 7, "Image", "Texture", ""));
-    return parts;
-}
-
-TEST(ConnectionTest, EachTypeJoinsTheRightEnds) {
-    FileParts parts = Graph();
-    Record& c = parts.connections;
-    c.Child(ConnectionOO(1, 0));                                 // top-level node under the root
-    c.Child(ConnectionOO(2, 1));                                 // child node
-    c.Child(ConnectionOP(3, 2, "Lcl Translation"));              // curve node onto a property
-    c.Child(ConnectionPO(2, "Lcl Rotation", 1));                 // property onto an object
-    c.Child(ConnectionPP(3, "d|X", 1, "Visibility"));            // property onto property
-    c.Child(ConnectionOO(4, 2));                                 // attribute of the child
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
-    FbxNode* parent = file->Find<FbxNode>("Parent");
-    FbxNode* child = file->Find<FbxNode>("Child");
-    FbxObject* curveNode = file->Find("T");
+TEST_F(ReaderScene, EachConnectionTypeJoinsTheRightEnds) {
+    FbxNode* parent = graph->Find<FbxNode>("Parent");
+    FbxNode* child = graph->Find<FbxNode>("Child");
+    FbxObject* curveNode = graph->Find("T");
     ASSERT_TRUE(parent && child && curveNode);
-    FbxNode* root = file->scene->GetRootNode();
-    ASSERT_EQ(root->GetChildCount(), 1);
-    EXPECT_EQ(root->GetChild(0), parent);
+    EXPECT_EQ(parent->GetParent(), graph->scene->GetRootNode());
     EXPECT_EQ(child->GetParent(), parent);
     EXPECT_EQ(child->LclTranslation.GetSrcObject(0), curveNode);
     EXPECT_EQ(parent->GetSrcPropertyCount(), 1);
     EXPECT_EQ(parent->GetSrcProperty(0), child->LclRotation);
     EXPECT_EQ(parent->Visibility.GetSrcProperty(0), curveNode->FindPropertyHierarchical("d|X"));
-    EXPECT_EQ(child->GetNodeAttribute(), file->Find("Mesh"));
+    EXPECT_EQ(child->GetNodeAttribute(), graph->Find("Mesh"));
     // The curve node has one destination property, so it is bound to it.
     EXPECT_EQ(static_cast<FbxAnimCurveNode*>(curveNode)->GetBoundProperty(), child->LclTranslation);
 }
 
-TEST(ConnectionTest, UnknownIdsPropertiesAndTypesAreIgnored) {
-    FileParts parts = Graph();
-    Record& c = parts.connections;
-    c.Child(ConnectionOO(999, 1));                      // unknown source
-    c.Child(ConnectionOO(2, 999));                      // unknown destination
-    c.Child(ConnectionOP(3, 2, "NoSuchProperty"));      // unknown property
-    c.Child(ConnectionPO(2, "NoSuchProperty", 1));
-    c.Child(ConnectionPP(3, "d|X", 999, "Visibility"));
-    Record odd("C");
-    odd.String("XX").Long(2).Long(1);  // not one of the six types
-    c.Child(odd);
-    Record shortOne("C");
-    shortOne.String("OO");  // no ids at all
-    c.Child(shortOne);
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok);
-    FbxNode* parent = file->Find<FbxNode>("Parent");
-    FbxNode* child = file->Find<FbxNode>("Child");
+TEST_F(ReaderScene, UnknownIdsPropertiesAndTypesAreIgnored) {
+    FbxNode* parent = graph->Find<FbxNode>("UParent");
+    FbxNode* child = graph->Find<FbxNode>("UChild");
+    ASSERT_TRUE(parent && child);
     EXPECT_EQ(parent->GetSrcObjectCount(), 0);
     EXPECT_EQ(parent->GetSrcPropertyCount(), 0);
     EXPECT_EQ(child->GetDstObjectCount(), 1);  // the scene only
     EXPECT_EQ(child->LclTranslation.GetSrcObjectCount(), 0);
 }
 
-TEST(ConnectionTest, RepeatedConnectionsStandTwiceOnlyForMaterialsAndLayeredTextures) {
-    struct Row {
-        int64_t source, destination;
-        const char* destinationName;
-        int expected;  // connections from source to destination after two records
-    };
-    const Row rows[] = {
-        {5, 2, "Child", 2},   // material on a node
-        {7, 6, "Layers", 2},  // texture in a layered texture
-        {4, 2, "Child", 1},   // geometry on a node
-        {2, 1, "Parent", 1},  // child node
-    };
-    for (const Row& row : rows) {
-        FileParts parts = Graph();
-        parts.connections.Child(ConnectionOO(row.source, row.destination));
-        parts.connections.Child(ConnectionOO(row.source, row.destination));
-        auto file = Import(parts);
-        ASSERT_TRUE(file->ok);
-        FbxObject* dst = file->Find(row.destinationName);
-        EXPECT_EQ(dst->GetSrcObjectCount(), row.expected) << row.source << " -> " << row.destination;
+TEST_F(ReaderScene, RepeatedConnectionsStandTwiceOnlyForMaterialsAndLayeredTextures) {
+    // Sources of each destination after two records: a material on a node, a texture in a
+    // layered texture, a geometry on a node, a child node.
+    for (auto [destination, expected] : {std::pair{"Painted", 2}, {"Layers", 2}, {"Shaped", 1}, {"Dad", 1}}) {
+        ASSERT_NE(graph->Find(destination), nullptr);
+        EXPECT_EQ(graph->Find(destination)->GetSrcObjectCount(), expected) << destination;
     }
 }
 
-TEST(ConnectionTest, SelfConnectionsAndNodeCyclesAreCut) {
-    FileParts parts = Graph();
-    Record& c = parts.connections;
-    c.Child(ConnectionOO(1, 1));  // a node as its own child
-    c.Child(ConnectionOO(1, 0));
-    c.Child(ConnectionOO(2, 1));
-    c.Child(ConnectionOO(1, 2));  // closes the cycle 1 -> 2 -> 1
-    c.Child(ConnectionOP(3, 3, "d|X"));  // an object onto its own property
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok);
-    FbxNode* parent = file->Find<FbxNode>("Parent");
-    FbxNode* child = file->Find<FbxNode>("Child");
-    // Walking up from any node ends at the root.
-    for (FbxNode* n : {parent, child}) {
-        int steps = 0;
-        for (FbxNode* up = n; up && steps < 10; up = up->GetParent()) ++steps;
-        EXPECT_LT(steps, 10) << n->GetName();
-    }
-    EXPECT_EQ(file->scene->GetRootNode()->GetChildCount(true), 2);
-    EXPECT_EQ(file->Find("T")->FindPropertyHierarchical("d|X").GetSrcObjectCount(), 0);
+TEST_F(ReaderScene, SelfConnectionsAndNodeCyclesAreCut) {
+    FbxNode* parent = graph->Find<FbxNode>("CParent");
+    FbxNode* child = graph->Find<FbxNode>("CChild");
+    ASSERT_TRUE(parent && child);
+    EXPECT_EQ(parent->GetParent(), graph->scene->GetRootNode());
+    EXPECT_EQ(child->GetParent(), parent);
+    EXPECT_EQ(parent->GetChildCount(true), 1);
+    EXPECT_EQ(graph->Find("CT")->FindPropertyHierarchical("d|X").GetSrcObjectCount(), 0);
 }
 
 TEST(ConnectionTest, LongChainsAreWalkedWithoutRecursion) {
