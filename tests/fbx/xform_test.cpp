@@ -345,48 +345,37 @@ TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
     }
 }
 
-struct GeometryConverterTest : SceneTest {
-    FbxLayerElement& Element(FbxMesh* mesh, FbxMappingMode mapping, FbxReferenceMode reference) {
-        FbxLayerElement e;
-        e.mapping = mapping;
-        e.reference = reference;
-        mesh->layerElements.push_back(e);
-        return mesh->layerElements.back();
-    }
+using GeometryConverterTest = SceneTest;
 
+TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // A triangle (control points 0 1 2), a two-corner polygon (3 4) and a quad (5 6 7 8):
-    // polygon vertices 0 to 8. Each layer element names its items so that their new
-    // order can be read off: materials 10 11 12 per polygon, normals (pv, 0, 0) per
-    // polygon vertex, UV indices pv, edge smoothing 100 + edge.
-    FbxMesh* ThreePolygons() {
-        FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
-        mesh->polygonVertexIndex = {0, 1, ~2, 3, ~4, 5, 6, 7, ~8};
-        // One edge per side, named by its first polygon vertex.
-        mesh->edges = {0, 1, 2, 3, 5, 6, 7, 8};
-        Element(mesh, FbxMappingMode::ByPolygon, FbxReferenceMode::IndexToDirect).indices = {10, 11, 12};
-        std::vector<double>& normals =
-            Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles;
-        for (int pv = 0; pv < 9; ++pv) normals.insert(normals.end(), {double(pv), 0.0, 0.0});
-        FbxLayerElement& uv = Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::IndexToDirect);
-        uv.indices = {0, 1, 2, 3, 4, 5, 6, 7, 8};
-        uv.directDoubles = {0.5, 0.5};  // the value pool never moves
-        Element(mesh, FbxMappingMode::ByEdge, FbxReferenceMode::Direct).directInts = {100, 101, 102, 103,
-                                                                                        104, 105, 106, 107};
-        // Five values for nine polygon vertices follow no mapping and are left alone.
-        Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles = {1, 2, 3, 4, 5};
-        return mesh;
-    }
-
-    static std::vector<double> NormalX(const FbxMesh* mesh) {
+    // polygon vertices 0 to 8, one edge per side named by its first polygon vertex. Each
+    // layer element names its items so that their new order can be read off: materials 10
+    // 11 12 per polygon, normals (pv, 0, 0) per polygon vertex, UV indices pv, edge
+    // smoothing 100 + edge.
+    FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
+    mesh->polygonVertexIndex = {0, 1, ~2, 3, ~4, 5, 6, 7, ~8};
+    mesh->edges = {0, 1, 2, 3, 5, 6, 7, 8};
+    auto element = [mesh](FbxMappingMode mapping, FbxReferenceMode reference) -> FbxLayerElement& {
+        FbxLayerElement& e = mesh->layerElements.emplace_back();
+        e.mapping = mapping, e.reference = reference;
+        return e;
+    };
+    element(FbxMappingMode::ByPolygon, FbxReferenceMode::IndexToDirect).indices = {10, 11, 12};
+    std::vector<double>& normals = element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles;
+    for (int pv = 0; pv < 9; ++pv) normals.insert(normals.end(), {double(pv), 0.0, 0.0});
+    FbxLayerElement& uv = element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::IndexToDirect);
+    uv.indices = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+    uv.directDoubles = {0.5, 0.5};  // the value pool never moves
+    element(FbxMappingMode::ByEdge, FbxReferenceMode::Direct).directInts = {100, 101, 102, 103, 104, 105, 106, 107};
+    // Five values for nine polygon vertices follow no mapping and are left alone.
+    element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles = {1, 2, 3, 4, 5};
+    auto normalX = [mesh] {
         std::vector<double> x;
         const std::vector<double>& n = mesh->layerElements[1].directDoubles;
         for (size_t i = 0; i < n.size(); i += 3) x.push_back(n[i]);
         return x;
-    }
-};
-
-TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
-    FbxMesh* mesh = ThreePolygons();
+    };
     FbxGeometryConverter converter(manager);
     std::vector<int> changed{42};
     EXPECT_EQ(converter.RemoveBadPolygonsFromMeshes(scene, &changed), 1);
@@ -394,7 +383,7 @@ TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // The two-corner polygon (vertices 3, 4) goes: the quad's vertices 5 to 8 become 3 to 6.
     EXPECT_EQ(mesh->polygonVertexIndex, (std::vector<int32_t>{0, 1, ~2, 5, 6, 7, ~8}));
     EXPECT_EQ(mesh->layerElements[0].indices, (std::vector<int32_t>{10, 12}));
-    EXPECT_EQ(NormalX(mesh), (std::vector<double>{0, 1, 2, 5, 6, 7, 8}));
+    EXPECT_EQ(normalX(), (std::vector<double>{0, 1, 2, 5, 6, 7, 8}));
     EXPECT_EQ(mesh->layerElements[2].indices, (std::vector<int32_t>{0, 1, 2, 5, 6, 7, 8}));
     EXPECT_EQ(mesh->layerElements[2].directDoubles, (std::vector<double>{0.5, 0.5}));
     // Edge 3 lay on the removed polygon; the others follow their vertices.
@@ -406,7 +395,7 @@ TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // The quad (control points 5 6 7 8, vertices 3 to 6) fans into 5 6 7 and 5 7 8.
     EXPECT_EQ(mesh->polygonVertexIndex, (std::vector<int32_t>{0, 1, ~2, 5, 6, ~7, 5, 7, ~8}));
     EXPECT_EQ(mesh->layerElements[0].indices, (std::vector<int32_t>{10, 12, 12}));
-    EXPECT_EQ(NormalX(mesh), (std::vector<double>{0, 1, 2, 5, 6, 7, 5, 7, 8}));
+    EXPECT_EQ(normalX(), (std::vector<double>{0, 1, 2, 5, 6, 7, 5, 7, 8}));
     // Sides in order of the new polygons: 0-1, 1-2, 2-0, 5-6, 6-7, the new diagonal 7-5,
     // (5-7 again), 7-8, 8-5. The diagonal has no smoothing of its own.
     EXPECT_EQ(mesh->edges, (std::vector<int32_t>{0, 1, 2, 3, 4, 5, 7, 8}));
