@@ -318,29 +318,7 @@ TEST(MeshTest, IndicesOutOfBoundsFailTheImportUnlessRelaxed) {
     }
 }
 
-TEST(DeformerTest, ClustersShapesAndChannelWeights) {
-    FileParts parts;
-    Record cluster = Object("Deformer", 50, "Cluster1", "SubDeformer", "Cluster");
-    cluster.Add("Indexes").Add(Value::IntArray({0, 2, 3}));
-    cluster.Add("Weights").Add(Value::DoubleArray({0.5, 0.25, 1}));
-    std::vector<double> identityTimesTwo{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1};
-    cluster.Add("TransformLink").Add(Value::DoubleArray(identityTimesTwo));
-    parts.objects.Child(cluster);
-    Record channel = Object("Deformer", 51, "Smile", "SubDeformer", "BlendShapeChannel");
-    channel.Add("FullWeights").Add(Value::DoubleArray({50, 100}));
-    parts.objects.Child(channel);
-    Record broken = Object("Deformer", 52, "Frown", "SubDeformer", "BlendShapeChannel");
-    broken.Add("FullWeights").Add(Value::IntArray({100}));  // not a double array
-    parts.objects.Child(broken);
-    Record shape = Object("Geometry", 53, "SmileShape", "Geometry", "Shape");
-    shape.Add("Indexes").Add(Value::IntArray({1}));
-    shape.Add("Vertices").Add(Value::DoubleArray({0, 0.5, 0}));
-    parts.objects.Child(shape);
-    parts.objects.Child(Object("Deformer", 54, "Blend", "Deformer", "BlendShape"));
-    parts.connections.Child(ConnectionOO(53, 52));  // a shape onto the unlisted channel
-    parts.connections.Child(ConnectionOO(52, 54));
-    auto file = Import(parts);
-    ASSERT_TRUE(file->ok) << file->Status().GetErrorString();
+TEST_F(ReaderScene, ClustersShapesAndChannelWeights) {
     FbxCluster* c = file->Find<FbxCluster>("Cluster1");
     ASSERT_NE(c, nullptr);
     EXPECT_EQ(c->indexes, (std::vector<int32_t>{0, 2, 3}));
