@@ -20,50 +20,14 @@ using namespace fbxtest;
 constexpr FbxLongLong kSecond = 141120000;
 constexpr FbxLongLong kOldSecond = 46186158000LL;
 
-TEST(FbxTime, SetSecondDoubleRoundsAHundredthOfATickAwayFromZero) {
-    struct Row {
-        double seconds;
-        FbxLongLong ticks;
-    };
-    const Row rows[] = {
-        {1.0 / 30, 4704000},                 // 141120000 / 30, a product a hair off the integer
-        {-1.0 / 30, -4704000},
-        {10.996 / double(kSecond), 11},      // 10.996 + 0.005 truncates to 11
-        {10.994 / double(kSecond), 10},      // 10.994 + 0.005 stays below 11
-        {-10.996 / double(kSecond), -11},
-        {1.5, 211680000},
-        {1e300, FbxTime::kInfinite},         // beyond 64 bits: saturates instead of overflowing
-        {-1e300, FbxTime::kMinusInfinite},
-    };
-    for (const Row& row : rows) {
+TEST(FbxTime, ConversionsToTicks) {
+    for (const testsupport::TableRow& row : Table("time_conversions.txt")) {
         FbxTime time;
-        time.SetSecondDouble(row.seconds);
-        EXPECT_EQ(time.Get(), row.ticks) << row.seconds;
+        time.SetSecondDouble(testsupport::Number(row[1]));
+        const FbxLongLong got = row[0] == "from seconds" ? time.Get() : FbxConvertOldUnitTicks(std::stoll(row[1]));
+        EXPECT_EQ(got, std::stoll(row[2])) << "line " << row.line;
     }
     EXPECT_EQ(FbxTime(211680000).GetSecondDouble(), 1.5);
-    EXPECT_EQ(FbxTime::MinusInfinite().Get(), FbxLongLong(0x8000000000000001ULL));
-}
-
-TEST(FbxTime, OldUnitTicksConvertThroughHoursMinutesAndSeconds) {
-    struct Row {
-        FbxLongLong old;
-        FbxLongLong ticks;
-    };
-    const Row rows[] = {
-        {kOldSecond, kSecond},
-        {-kOldSecond, -kSecond},
-        // 1 h + 1 min + 1 s + half a second: 3661 s, remainder 23093079000 gives
-        // ((23093079000 + 164) * 141120) / 46186158 = 70560000.5..., truncated.
-        {166270168800000LL + 2771169480000LL + kOldSecond + kOldSecond / 2, 3661 * kSecond + 70560000},
-        // A millisecond: (46186158 + 164) * 141120 / 46186158 = 141120.50 -> 141120, and
-        // negative: (-46186158 + 164) * 141120 / 46186158 = -141119.49 -> -141119 (towards zero).
-        {46186158, 141120},
-        {-46186158, -141119},
-        {0, 0},
-        {FbxTime::kInfinite, FbxTime::kInfinite},
-        {FbxTime::kMinusInfinite, FbxTime::kMinusInfinite},
-    };
-    for (const Row& row : rows) EXPECT_EQ(FbxConvertOldUnitTicks(row.old), row.ticks) << row.old;
 }
 
 // Keys come out sorted by time whatever the order of their insertion and removal, each
@@ -117,7 +81,6 @@ TEST(FbxAnimKeyStore, ChangingASharedAttributeGivesTheKeyItsOwnRecord) {
     EXPECT_EQ(store.Flags(0), uint32_t(kFbxInterpolationLinear));
     EXPECT_EQ(store.Flags(2), uint32_t(kFbxInterpolationLinear));
 }
-
 
 FbxTime At(double seconds) { return FbxTime(FbxLongLong(std::llround(seconds * double(kSecond)))); }
 
@@ -246,8 +209,6 @@ TEST(FbxAnimEval, KeysSharingATimeGiveNoInfinity) {
     }
 }
 
-
-
 struct FileKind {
     uint32_t version = 7400;
     int32_t headerVersion = 1003;
@@ -302,16 +263,20 @@ int32_t Bits(float value) {
     return bits;
 }
 
-// Fields of a well-formed curve of 3 keys at 0, 1, 2 old-unit seconds: one linear record
-// for key 0, one cubic user record shared by keys 1 and 2.
+// The key fields of a curve: times, values (float or double array), attribute flags, data
+// words and counts.
+std::vector<Record> Keys(Value times, Value values, std::vector<int32_t> flags, Value words,
+                         std::vector<int32_t> counts) {
+    return {Field("KeyTime", times), Field(values.code == 'd' ? "KeyValueDouble" : "KeyValueFloat", values),
+            Field("KeyAttrFlags", Value::IntArray(flags)), Field("KeyAttrDataFloat", words),
+            Field("KeyAttrRefCount", Value::IntArray(counts))};
+}
+
+// A well-formed curve of 3 keys at 0, 1, 2 old-unit seconds: one linear record for key 0,
+// one cubic user record shared by keys 1 and 2.
 std::vector<Record> ThreeKeys() {
-    return {
-        Field("KeyTime", Value::LongArray({0, kOldSecond, 2 * kOldSecond})),
-        Field("KeyValueFloat", Value::FloatArray({1.0f, 2.0f, 4.0f})),
-        Field("KeyAttrFlags", Value::IntArray({0x4, 0x408})),
-        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 1.5f, 2.5f, 0, 0})),
-        Field("KeyAttrRefCount", Value::IntArray({1, 2})),
-    };
+    return Keys(Value::LongArray({0, kOldSecond, 2 * kOldSecond}), Value::FloatArray({1.0f, 2.0f, 4.0f}),
+                {0x4, 0x408}, Value::FloatArray({0, 0, 0, 0, 1.5f, 2.5f, 0, 0}), {1, 2});
 }
 
 TEST(FbxAnimRead, KeyTimesFollowTheTimeUnitDefinition) {
@@ -337,13 +302,9 @@ TEST(FbxAnimRead, KeyTimesFollowTheTimeUnitDefinition) {
 
 TEST(FbxAnimRead, AttributeRecordsHoldRunsOfKeys) {
     // Counts (3, 2) over 5 keys: keys 0 to 2 share record 0, keys 3 and 4 record 1.
-    const ReadResult r = ReadCurve({
-        Field("KeyTime", Value::LongArray({0, 1, 2, 3, 4})),
-        Field("KeyValueFloat", Value::FloatArray({0, 1, 2, 3, 4})),
-        Field("KeyAttrFlags", Value::IntArray({0x2, 0x4})),
-        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0})),
-        Field("KeyAttrRefCount", Value::IntArray({3, 2})),
-    });
+    const Value eightWords = Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0});
+    const ReadResult r = ReadCurve(
+        Keys(Value::LongArray({0, 1, 2, 3, 4}), Value::FloatArray({0, 1, 2, 3, 4}), {0x2, 0x4}, eightWords, {3, 2}));
     ASSERT_TRUE(r.ok);
     ASSERT_EQ(r.store.KeyCount(), 5);
     for (int k = 0; k < 5; ++k) EXPECT_EQ(r.store.Flags(k), k < 3 ? 0x2u : 0x4u) << k;
@@ -352,13 +313,8 @@ TEST(FbxAnimRead, AttributeRecordsHoldRunsOfKeys) {
     EXPECT_EQ(r.store.Attr(4).refCount, 2);
 
     // A count list of another length than the flags counts one key a record.
-    const ReadResult one = ReadCurve({
-        Field("KeyTime", Value::LongArray({0, 1})),
-        Field("KeyValueFloat", Value::FloatArray({0, 1})),
-        Field("KeyAttrFlags", Value::IntArray({0x2, 0x4})),
-        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0})),
-        Field("KeyAttrRefCount", Value::IntArray({2})),
-    });
+    const ReadResult one =
+        ReadCurve(Keys(Value::LongArray({0, 1}), Value::FloatArray({0, 1}), {0x2, 0x4}, eightWords, {2}));
     ASSERT_TRUE(one.ok);
     EXPECT_EQ(one.store.Flags(0), 0x2u);
     EXPECT_EQ(one.store.Flags(1), 0x4u);
@@ -373,13 +329,7 @@ TEST(FbxAnimRead, DataWordsAreRawFromFloatOrIntArrays) {
     const Value asFloats = Value::FloatArray({1.5f, -2.0f, weightsAsFloat, 0.0f});
     const Value asInts = Value::IntArray({Bits(1.5f), Bits(-2.0f), weights, 0});
     for (const Value& words : {asFloats, asInts}) {
-        const ReadResult r = ReadCurve({
-            Field("KeyTime", Value::LongArray({0})),
-            Field("KeyValueFloat", Value::FloatArray({0})),
-            Field("KeyAttrFlags", Value::IntArray({0x408})),
-            Field("KeyAttrDataFloat", words),
-            Field("KeyAttrRefCount", Value::IntArray({1})),
-        });
+        const ReadResult r = ReadCurve(Keys(Value::LongArray({0}), Value::FloatArray({0}), {0x408}, words, {1}));
         ASSERT_TRUE(r.ok) << words.code;
         EXPECT_EQ(r.store.Word(0, 0), 1.5f) << words.code;
         EXPECT_EQ(r.store.Word(0, 1), -2.0f) << words.code;
@@ -414,16 +364,12 @@ TEST(FbxAnimRead, LengthMismatchesKeepTheKeysRead) {
 }
 
 TEST(FbxAnimRead, DoubleValuesDefaultAndExtrapolation) {
-    const ReadResult r = ReadCurve({
-        Field("Default", Value::Double(2.5)),
-        Field("KeyTime", Value::LongArray({0, kOldSecond})),
-        Field("KeyValueDouble", Value::DoubleArray({0.1, 3.0})),
-        Field("KeyAttrFlags", Value::IntArray({0x4})),
-        Field("KeyAttrDataFloat", Value::FloatArray({0, 0, 0, 0})),
-        Field("KeyAttrRefCount", Value::IntArray({2})),
-        Extrapolation("Pre-Extrapolation", 'M', 2),
-        Extrapolation("Post-Extrapolation", 'K', -1),
-    });
+    std::vector<Record> fields = Keys(Value::LongArray({0, kOldSecond}), Value::DoubleArray({0.1, 3.0}), {0x4},
+                                      Value::FloatArray({0, 0, 0, 0}), {2});
+    fields.push_back(Field("Default", Value::Double(2.5)));
+    fields.push_back(Extrapolation("Pre-Extrapolation", 'M', 2));
+    fields.push_back(Extrapolation("Post-Extrapolation", 'K', -1));
+    const ReadResult r = ReadCurve(std::move(fields));
     ASSERT_TRUE(r.ok);
     EXPECT_EQ(r.store.Value(0), 0.1f);
     EXPECT_EQ(r.store.defaultValue, 2.5f);
@@ -554,10 +500,6 @@ TEST_F(FbxAnimObjects, ShapeChannelCurvesAreFoundOrMadeOnTheLayer) {
     }
 }
 
-}  // namespace
-
-namespace {
-
 // Evenly spaced keys are kept as a start and a step until an edit breaks the spacing;
 // every state must read back the same times. Old-unit ticks: one old second is
 // 46186158000 ticks and reads as 141120000 (the rest, (0 + 164) * 141120 / 46186158,
@@ -595,36 +537,6 @@ TEST(FbxAnimKeyStore, EvenTimesSurviveEveryEdit) {
         EXPECT_EQ(store.Flags(4), uint32_t(kFbxInterpolationCubic | kFbxTangentAuto)) << row.name;
         EXPECT_EQ(store.Attr(0).refCount, 3) << row.name;
     }
-}
-
-}  // namespace
-
-namespace {
-
-// Children by index while the list changes between look-ups: a walk that resumes from
-// the last child found must still see removals, insertions and other kinds of sources.
-TEST_F(SceneTest, ChildrenByIndexFollowRemovalsAndAdditions) {
-    FbxNode* parent = FbxNode::Create(scene, "parent");
-    FbxNode* kids[4];
-    for (int i = 0; i < 4; ++i) {
-        kids[i] = FbxNode::Create(scene, ("kid" + std::to_string(i)).c_str());
-        parent->AddChild(kids[i]);
-        // A source of another kind between children does not count as one.
-        parent->ConnectSrcObject(FbxMesh::Create(scene, ""));
-    }
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(parent->GetChild(i), kids[i]);
-    ASSERT_EQ(parent->GetChildCount(), 4);
-
-    parent->RemoveChild(kids[1]);  // kid0 kid2 kid3
-    EXPECT_EQ(parent->GetChildCount(), 3);
-    EXPECT_EQ(parent->GetChild(1), kids[2]);
-    EXPECT_EQ(parent->GetChild(2), kids[3]);
-    EXPECT_EQ(parent->GetChild(3), nullptr);
-    parent->AddChild(kids[1]);  // kid0 kid2 kid3 kid1
-    EXPECT_EQ(parent->GetChildCount(), 4);
-    EXPECT_EQ(parent->GetChild(3), kids[1]);
-    EXPECT_EQ(parent->GetChild(0), kids[0]);  // backwards from the last look-up
-    EXPECT_EQ(parent->GetSrcObjectCount<FbxMesh>(), 4);
 }
 
 }  // namespace

@@ -180,16 +180,6 @@ inline Record& P(Record& object, const char* name, const char* type, const char*
     return Props(object).Child(fbxwriter::PropertyRecord(name, type, subType, flags));
 }
 
-// A PropertyTemplate for a class inside an ObjectType record of Definitions.
-inline Record& Template(Record& definitions, const char* objectType, const char* className) {
-    Record& type = definitions.Add("ObjectType");
-    type.String(objectType);
-    Record& templ = type.Add("PropertyTemplate");
-    templ.String(className);
-    templ.Add("Properties70").block = true;
-    return templ;
-}
-
 struct Imported {
     std::vector<uint8_t> bytes;
     FbxManager* manager = FbxManager::Create();

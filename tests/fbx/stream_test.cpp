@@ -324,86 +324,50 @@ TEST(StreamValues, EveryCodeInBothLayoutsAndByteOrders) {
     }
 }
 
-// Readers convert by the value's code, or take the payload bytes without
-// looking at it.
-TEST(StreamValues, Conversions) {
-    enum Reader { kFloat, kDouble, kInt, kShort, kChar, kBool };
-    struct Row {
-        const char* what;
-        Value value;
-        Reader reader;
-        double expected;
-    };
-    const Row rows[] = {
-        {"F as float", Value::Float(1.5f), kFloat, 1.5},
-        {"D narrowed", Value::Double(-0.75), kFloat, -0.75},
-        {"D 1e-40 narrows to a denormal, logb -133", Value::Double(1e-40), kFloat, 0},
-        {"logb -125 is kept", Value::Double(0x1p-125), kFloat, 0x1p-125},
-        {"logb -126 reads 0", Value::Float(0x1p-126f), kFloat, 0},
-        {"I is no float", Value::Int(5), kFloat, 0},
-        {"F widened", Value::Float(0.25f), kDouble, 0.25},
-        {"logb -1021 is kept", Value::Double(0x1p-1021), kDouble, 0x1p-1021},
-        {"logb -1022 reads 0", Value::Double(0x1p-1022), kDouble, 0},
-        {"L is no double", Value::Long(3), kDouble, 0},
-        {"S gives its length word", Value::String("abc"), kInt, 3},
-        {"L gives its low word", Value::Long(0x100000002), kInt, 2},
-        {"I gives its low half", Value::Int(0x12345678), kShort, 0x5678},
-        {"C as char", Value::Char('Y'), kChar, 'Y'},
-        {"I is no char", Value::Int(89), kChar, 0},
-        {"Y -2 is true", Value::Short(-2), kBool, 1},
-        {"I 0 is false", Value::Int(0), kBool, 0},
-        {"C 0 is false", Value::Char('\0'), kBool, 0},
-        // The only value, one byte long: the three bytes behind the list count as 0.
-        {"C read as int", Value::Char(7), kInt, 7},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+// A scalar value written as its code, a space and its text.
+Value ScalarValue(const std::string& field) {
+    const std::string text = field.size() > 2 ? field.substr(2) : "";
+    if (field[0] == 'F') return Value::Float(float(testsupport::Number(text)));
+    if (field[0] == 'D') return Value::Double(testsupport::Number(text));
+    if (field[0] == 'S') return Value::String(text);
+    Value v = Value::Long(field[0] == 'C' ? text[0] : std::stoll(text, nullptr, 0));
+    v.code = field[0];
+    return v;
+}
+
+TEST(StreamValues, ConversionsOfTheReaders) {
+    for (const testsupport::TableRow& row : Table("stream_conversions.txt")) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
         FbxStatus status;
-        auto stream = Open(OneRecord({row.value}), status);
+        auto stream = Open(OneRecord({ScalarValue(row[1])}), status);
         ASSERT_TRUE(stream && stream->BeginField("V"));
-        double got = -1;
-        switch (row.reader) {
-        case kFloat: got = stream->ReadFloat(); break;
-        case kDouble: got = stream->ReadDouble(); break;
-        case kInt: got = stream->ReadInt(); break;
-        case kShort: got = stream->ReadShort(); break;
-        case kChar: got = stream->ReadChar(); break;
-        case kBool: got = stream->ReadBool(); break;
+        const std::string& reader = row[2];
+        if (reader == "string") {
+            EXPECT_EQ(stream->ReadString(), row[3]);
+            continue;
         }
-        EXPECT_EQ(got, row.expected);
+        const double got = reader == "float"    ? stream->ReadFloat()
+                           : reader == "double" ? stream->ReadDouble()
+                           : reader == "int"    ? stream->ReadInt()
+                           : reader == "short"  ? stream->ReadShort()
+                           : reader == "char"   ? stream->ReadChar()
+                                                : stream->ReadBool();
+        EXPECT_EQ(got, testsupport::Number(row[3]));
     }
 }
 
-TEST(StreamValues, Strings) {
-    Value longWord = Value::String("abc");
-    longWord.lengthWord = 100;  // list is 8 bytes: cut to what the list holds
-    struct Row {
-        const char* what;
-        Value value;
-        std::string expected;
-    };
-    const Row rows[] = {
-        {"plain", Value::String("Properties70"), "Properties70"},
-        {"empty", Value::String(""), ""},
-        {"not a string", Value::Int(5), ""},
-        {"two-part name", Value::String(fbxwriter::ObjectName("Cube", "Model")), "Model::Cube"},
-        {"empty class", Value::String(std::string("Take\0\x01", 6)), "::Take"},
-        {"length beyond the list", longWord, "abc"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        FbxStatus status;
-        auto stream = Open(OneRecord({row.value}), status);
-        ASSERT_TRUE(stream && stream->BeginField("V"));
-        EXPECT_EQ(stream->ReadString(), row.expected);
-    }
-}
+TEST(StreamValues, LengthsLongerThanTheirRecordAreCut) {
+    Value text = Value::String("abc");
+    text.lengthWord = 100;  // list is 8 bytes: cut to what the list holds
+    FbxStatus status;
+    auto stream = Open(OneRecord({text}), status);
+    ASSERT_TRUE(stream && stream->BeginField("V"));
+    EXPECT_EQ(stream->ReadString(), "abc");
 
-TEST(StreamValues, BlobLongerThanItsRecordIsCutWithAnError) {
+    // A blob is cut with an error.
     Value raw = Value::Raw("abc");
     raw.lengthWord = 50;
-    FbxStatus status;
-    auto stream = Open(OneRecord({raw, Value::Raw("")}), status);
+    stream = Open(OneRecord({raw, Value::Raw("")}), status);
     ASSERT_TRUE(stream && stream->BeginField("V"));
     size_t length = 0;
     const uint8_t* data = stream->ReadBlob(length);

@@ -17,26 +17,54 @@
 namespace {
 
 using namespace fbxtest;
+using testsupport::TableRow;
 
-// Three numbers of a table field.
+const double kNan = std::numeric_limits<double>::quiet_NaN();
+const FbxVector4 kOne(1, 1, 1);
+
+// Up to three numbers of a table field, the rest 0.
 FbxVector4 Vector(const std::string& field) {
     FbxVector4 v(0, 0, 0);
     std::stringstream in(field);
-    in >> v[0] >> v[1] >> v[2];
+    std::string word;
+    for (int k = 0; k < 3 && in >> word; ++k) v[k] = testsupport::Number(word);
     return v;
 }
 
+void ExpectNear(const FbxVector4& v, const std::string& field, double tolerance = 1e-12) {
+    const FbxVector4 e = Vector(field);
+    ExpectVectorNear(v, e[0], e[1], e[2], tolerance);
+}
+
+// The 3x3 part against three fields from `first` on, each a row.
+void ExpectRows(const FbxAMatrix& m, const TableRow& row, size_t first, double tolerance = 1e-12) {
+    Rows3 rows;
+    for (size_t r = 0; r < 3; ++r) {
+        const FbxVector4 v = Vector(row[first + r]);
+        rows[r] = {v[0], v[1], v[2]};
+    }
+    ExpectRowsNear(m, rows, tolerance);
+}
+
+// Sets properties of a node written "File Name=values; ...".
+void SetProperties(FbxNode& node, const std::string& list) {
+    std::stringstream in(list);
+    for (std::string item; std::getline(in, item, ';');) {
+        const size_t name = item.find_first_not_of(' '), eq = item.find('=');
+        FbxProperty p = node.FindProperty(item.substr(name, eq - name).c_str());
+        ASSERT_TRUE(p.IsValid()) << item;
+        const FbxVector4 v = Vector(item.substr(eq + 1));
+        if (p.GetType() == eFbxDouble3) p.Set(FbxDouble3{v[0], v[1], v[2]});
+        else if (p.GetType() == eFbxBool) p.Set(v[0] != 0);
+        else if (p.GetType() == eFbxDouble) p.Set(v[0]);
+        else p.Set(int(v[0]));
+    }
+}
+
 TEST(FbxMatrixTest, EulerToMatrixInEveryOrder) {
-    const testsupport::Table rows = Table("euler_matrices.txt");
-    ASSERT_GT(rows.size(), 10u);
-    for (const testsupport::TableRow& row : rows) {
+    for (const TableRow& row : Table("euler_matrices.txt")) {
         SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
-        Rows3 expected;
-        for (size_t r = 0; r < 3; ++r) {
-            const FbxVector4 v = Vector(row[3 + r]);
-            expected[r] = {v[0], v[1], v[2]};
-        }
-        ExpectRowsNear(FbxEulerToMatrix(Vector(row[2]), std::stoi(row[1])), expected);
+        ExpectRows(FbxEulerToMatrix(Vector(row[2]), row.Int(1)), row, 3);
     }
 }
 
@@ -63,32 +91,12 @@ TEST(FbxMatrixTest, MatrixToEulerRoundTripsInEveryOrder) {
 }
 
 TEST(FbxMatrixTest, Decomposition) {
-    struct Case {
-        const char* what;
-        FbxVector4 t, r, s;
-        FbxVector4 expectS;
-        Rows3 rotation;  // SetR of GetR
-    };
-    const Case cases[] = {
-        // Rz(30) Ry(0) Rx(90): x -> (c30, s30, 0); y -> +z; z -> -y -> (s30, -c30, 0).
-        {"plain", {1, 2, 3}, {90, 0, 30}, {2, 3, 4}, {2, 3, 4},
-         {{{0.8660254037844387, 0.5, 0}, {0, 0, 1}, {0.5, -0.8660254037844387, 0}}}},
-        // With y at 90, Rz(40) Ry(90) Rx(30) equals Ry(90) Rx(-10): x -> -z, y -> Rx(-10) y
-        // turned by Ry(90), z likewise.
-        {"gimbal lock", {0, 0, 0}, {30, 90, 40}, {1, 1, 1}, {1, 1, 1},
-         {{{0, 0, -1}, {-0.17364817766693033, 0.984807753012208, 0}, {0.984807753012208, 0.17364817766693033, 0}}}},
-        // One negative scale makes the determinant negative: all three lengths are
-        // negated and the rotation takes the rest, diag(-1, 1, 1) = -1 * Rx(180).
-        {"mirror", {0, 0, 0}, {0, 0, 0}, {-1, 1, 1}, {-1, -1, -1}, {{{1, 0, 0}, {0, -1, 0}, {0, 0, -1}}}},
-        // A zero scale leaves its row zero and out of the rotation.
-        {"flat", {0, 0, 0}, {0, 0, 0}, {1, 1, 0}, {1, 1, 0}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const FbxAMatrix m(c.t, c.r, c.s);
-        ExpectVectorNear(m.GetT(), c.t[0], c.t[1], c.t[2]);
-        ExpectVectorNear(m.GetS(), c.expectS[0], c.expectS[1], c.expectS[2]);
-        ExpectRowsNear(FbxEulerToMatrix(m.GetR(), eFbxEulerXYZ), c.rotation, 1e-12);
+    for (const TableRow& row : Table("matrix_decompositions.txt")) {
+        SCOPED_TRACE(row[0]);
+        const FbxAMatrix m(Vector(row[1]), Vector(row[2]), Vector(row[3]));
+        ExpectNear(m.GetT(), row[1]);
+        ExpectNear(m.GetS(), row[4]);
+        ExpectRows(FbxEulerToMatrix(m.GetR(), eFbxEulerXYZ), row, 5);
     }
     FbxAMatrix locked;
     locked.SetR(FbxVector4(30, 90, 40));
@@ -118,114 +126,30 @@ TEST(FbxMatrixTest, SettersProductAndInverse) {
         EXPECT_EQ(FbxAMatrix(FbxVector4(7, 8, 9), FbxVector4(0, 0, 0), scale).Inverse(), FbxAMatrix());
     EXPECT_NEAR(FbxScaleMatrix(FbxVector4(1e-5, 1, 1)).Inverse().data[0][0], 1e5, 1e-6);
     FbxAMatrix broken;
-    broken.data[1][1] = std::numeric_limits<double>::quiet_NaN();
+    broken.data[1][1] = kNan;
     EXPECT_TRUE(std::isnan(broken.Inverse().data[0][0]));
 }
 
-FbxTransformRecord MakeRecord(const FbxPivotSet& set, bool rotationActive) {
+FbxTransformRecord MakeRecord(const FbxPivotSet& set) {
     FbxTransformRecord record;
     record.SetPivots(set);
-    record.rotationLimits.active = rotationActive;
+    record.rotationLimits.active = true;
     return record;
 }
 
-struct ComposeCase {
-    const char* what;
-    FbxPivotSet set;
-    bool rotationActive;
-    FbxVector4 t, r, s;
-    FbxVector4 translation;  // expected row 3 of the composed matrix
-    Rows3 rows;              // expected 3x3 part
-};
-
-const FbxVector4 kZero(0, 0, 0);
-const FbxVector4 kOne(1, 1, 1);
-const Rows3 kRz90{{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}};
-
-// The file's chain T * Ro * Rp * Pre * R * Post^-1 * Rp^-1 * So * Sp * S * Sp^-1, followed
-// by hand for the origin (translation) and the axes (rows).
-const ComposeCase kComposeCases[] = {
-    // So (1, 0, 0) lies below the rotation: Rz(90) turns it to (0, 1, 0); T adds (0, 0, 5).
-    {"scaling offset", FbxPivotSet{.scalingOffset = {1, 0, 0}}, true, {0, 0, 5}, {0, 0, 90}, kOne, {0, 1, 5}, kRz90},
-    // All four, Rz(90), S 2: Sp: origin -> -Sp = (0, 0, -1) -> scaled (0, 0, -2) -> + Sp
-    // = (0, 0, -1); + So = (1, 0, -1); - Rp = (1, -1, -1); Rz(90) -> (1, 1, -1); + Rp =
-    // (1, 2, -1); + Ro = (1, 2, 2); + T = (11, 2, 2).
-    {"all pivots",
-     FbxPivotSet{.rotationOffset = {0, 0, 3}, .rotationPivot = {0, 1, 0}, .scalingOffset = {1, 0, 0},
-                 .scalingPivot = {0, 0, 1}},
-     true, {10, 0, 0}, {0, 0, 90}, {2, 2, 2},
-     {11, 2, 2}, {{{0, 2, 0}, {-2, 0, 0}, {0, 0, 2}}}},
-    // Post-rotation enters inverted: Post (0, 0, 90) gives Rz(-90): x -> -y, y -> +x.
-    {"post inverted", FbxPivotSet{.postRotation = {0, 0, 90}}, true, kZero, kZero, kOne, kZero,
-     {{{0, -1, 0}, {1, 0, 0}, {0, 0, 1}}}},
-    // Pre Rx(90) then R: Pre * Rz(90): x -> +y -> +z; y -> -x -> -x; z -> z -> -y.
-    {"pre then rotation", FbxPivotSet{.preRotation = {90, 0, 0}}, true, kZero, {0, 0, 90}, kOne, kZero,
-     {{{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}}},
-    // When the rotation space serves the limits only, pre-rotation and order stay out.
-    {"limit space only",
-     FbxPivotSet{.preRotation = {90, 0, 0}, .rotationOrder = eFbxEulerZYX, .rotationSpaceForLimitOnly = true}, true,
-     kZero, {90, 90, 0}, kOne, kZero,
-     {{{0, 0, -1}, {1, 0, 0}, {0, -1, 0}}}},
-};
-
-TEST(FbxTransformTest, ComposeWithoutParent) {
-    for (const ComposeCase& c : kComposeCases) {
-        SCOPED_TRACE(c.what);
-        const FbxTransformRecord record = MakeRecord(c.set, c.rotationActive);
-        const FbxAMatrix global = FbxComposeGlobal(record, c.t, c.r, c.s, nullptr, kOne);
-        ExpectVectorNear(global.GetT(), c.translation[0], c.translation[1], c.translation[2]);
-        ExpectRowsNear(global, c.rows);
-        ExpectMatrixNear(FbxComposeLocal(record, c.t, c.r, c.s), global);
-    }
-}
-
-TEST(FbxTransformTest, Limits) {
-    // Translation: x has a min of -1, y a max of 1, z no bit. Scaling has a bit but is
-    // not active. Rotation: z has a max of 45.
-    FbxTransformRecord record;
+TEST(FbxTransformTest, LimitsKeepValuesTheyDoNotClamp) {
+    // Not a number passes the comparisons untouched.
+    FbxTransformRecord record = MakeRecord({});
+    record.rotationLimits.maxEnabled[2] = true;
+    record.rotationLimits.max = FbxVector4(0, 0, 45);
     record.translationLimits.active = true;
     record.translationLimits.minEnabled[0] = true;
-    record.translationLimits.maxEnabled[1] = true;
     record.translationLimits.min = FbxVector4(-1, -1, -1);
-    record.translationLimits.max = FbxVector4(1, 1, 1);
-    record.scalingLimits.minEnabled[2] = true;
-    record.scalingLimits.min = FbxVector4(5, 5, 5);
-    record.rotationLimits.active = true;
-    record.rotationLimits.maxEnabled[2] = true;
-    record.rotationLimits.max = FbxVector4(0, 0, 45);
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    struct Case {
-        FbxVector4 t, r, expectT, expectR;
-    };
-    const Case cases[] = {
-        {{-5, 5, 9}, {0, 0, 90}, {-1, 1, 9}, {0, 0, 45}},
-        {{5, -5, -9}, {0, 0, -90}, {5, -5, -9}, {0, 0, -90}},
-    };
-    for (const Case& c : cases) {
-        FbxVector4 t = c.t, r = c.r, s = kOne;
-        FbxApplyLimits(record, t, r, s);
-        ExpectVectorNear(t, c.expectT[0], c.expectT[1], c.expectT[2]);
-        ExpectVectorNear(r, c.expectR[0], c.expectR[1], c.expectR[2]);
-        ExpectVectorNear(s, 1, 1, 1);
-    }
-    // Not a number passes the comparisons untouched.
-    FbxVector4 t(nan, nan, nan), r(0, 0, nan), s = kOne;
+    FbxVector4 t(kNan, 0, 0), r(0, 0, kNan), s = kOne;
     FbxApplyLimits(record, t, r, s);
-    EXPECT_TRUE(std::isnan(t[0]) && std::isnan(t[1]) && std::isnan(r[2]));
-}
-
-TEST(FbxTransformTest, RotationLimitsInTheirOwnSpace) {
-    // The limits' angles L are those with Pre * R(L) = the node's rotation: with a
-    // pre-rotation of 30 about z, a rotation of 80 is L = 50, clamped to the max of 45,
-    // which is 30 + 45 = 75 in the node's own angles.
-    const FbxPivotSet set{.preRotation = {0, 0, 30}, .rotationSpaceForLimitOnly = true};
-    FbxTransformRecord record = MakeRecord(set, true);
-    record.rotationLimits.maxEnabled[2] = true;
-    record.rotationLimits.max = FbxVector4(0, 0, 45);
-    FbxVector4 t = kZero, r(0, 0, 80), s = kOne;
-    FbxApplyLimits(record, t, r, s);
-    ExpectVectorNear(r, 0, 0, 75, 1e-9);
-    // Inside the limits the angles keep their exact values, even those beyond 180.
+    EXPECT_TRUE(std::isnan(t[0]) && std::isnan(r[2]));
+    // Inside limits in their own space the angles keep their exact values, even beyond 180.
+    record.SetPivots({.preRotation = {0, 0, 30}, .rotationSpaceForLimitOnly = true});
     FbxVector4 wide(200, 0, 0);
     FbxApplyLimits(record, t, wide, s);
     EXPECT_EQ(wide, FbxVector4(200, 0, 0));
@@ -235,8 +159,8 @@ TEST(FbxTransformTest, LocalRotationEulerInvertsTheMatrix) {
     const FbxVector4 angles(10, -20, 30);
     for (int order = eFbxEulerXYZ; order <= eFbxEulerZYX; ++order) {
         SCOPED_TRACE(order);
-        const FbxPivotSet set{.preRotation = {5, 0, 0}, .postRotation = {0, 0, -15}, .rotationOrder = order};
-        const FbxTransformRecord record = MakeRecord(set, true);
+        const FbxTransformRecord record =
+            MakeRecord({.preRotation = {5, 0, 0}, .postRotation = {0, 0, -15}, .rotationOrder = order});
         const FbxAMatrix m = FbxLocalRotationMatrix(record, angles);
         ExpectVectorNear(FbxLocalRotationEuler(record, m), angles[0], angles[1], angles[2], 1e-9);
     }
@@ -250,34 +174,29 @@ TEST(FbxTransformTest, PivotSetComparison) {
     c.preRotation = FbxVector4(0, 0, 2e-6);
     EXPECT_FALSE(FbxPivotSetsAgree(a, c));
     c = FbxPivotSet();
-    c.scalingOffset = FbxVector4(std::numeric_limits<double>::quiet_NaN(), 0, 0);
+    c.scalingOffset = FbxVector4(kNan, 0, 0);
     EXPECT_FALSE(FbxPivotSetsAgree(a, c));
 }
 
 TEST(FbxAxisSystemTest, EnumsGiveTheSixWords) {
-    struct Case {
-        const char* what;
-        FbxAxisSystem system;
-        int words[6];  // up axis, up sign, front axis, front sign, coord axis, coord sign
-    };
     using A = FbxAxisSystem;
-    const Case cases[] = {
+    const std::pair<A, std::array<int, 6>> cases[] = {
+        // up axis, up sign, front axis, front sign, coord axis, coord sign.
         // Of x and z, odd parity takes z; side x: x cross y = z, right handed.
-        {"y up", A(A::eYAxis, A::eParityOdd, A::eRightHanded), {1, 1, 2, 1, 0, 1}},
-        {"y up left handed", A(A::eYAxis, A::eParityOdd, A::eLeftHanded), {1, 1, 2, 1, 0, -1}},
+        {A(A::eYAxis, A::eParityOdd, A::eRightHanded), {1, 1, 2, 1, 0, 1}},
+        {A(A::eYAxis, A::eParityOdd, A::eLeftHanded), {1, 1, 2, 1, 0, -1}},
         // Of x and y, odd takes y, pointing back; side x: x cross z = -y, which is front.
-        {"z up", A(A::eZAxis, static_cast<A::EFrontVector>(-A::eParityOdd), A::eRightHanded), {2, 1, 1, -1, 0, 1}},
+        {A(A::eZAxis, static_cast<A::EFrontVector>(-A::eParityOdd), A::eRightHanded), {2, 1, 1, -1, 0, 1}},
         // Of y and z, even takes y; side z: z cross x = y.
-        {"x up", A(A::eXAxis, A::eParityEven, A::eRightHanded), {0, 1, 1, 1, 2, 1}},
-        {"down y", A(static_cast<A::EUpVector>(-A::eYAxis), A::eParityOdd, A::eRightHanded), {1, -1, 2, 1, 0, -1}},
-        {"bad up", A(static_cast<A::EUpVector>(7), A::eParityOdd, A::eRightHanded), {1, 1, 2, 1, 0, 1}},
-        {"default", A(), {1, 1, 2, 1, 0, 1}},
+        {A(A::eXAxis, A::eParityEven, A::eRightHanded), {0, 1, 1, 1, 2, 1}},
+        {A(static_cast<A::EUpVector>(-A::eYAxis), A::eParityOdd, A::eRightHanded), {1, -1, 2, 1, 0, -1}},
+        {A(static_cast<A::EUpVector>(7), A::eParityOdd, A::eRightHanded), {1, 1, 2, 1, 0, 1}},  // bad up
+        {A(), {1, 1, 2, 1, 0, 1}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const int got[6] = {c.system.UpAxis(),    c.system.UpSign(),    c.system.FrontAxis(),
-                            c.system.FrontSign(), c.system.CoordAxis(), c.system.CoordSign()};
-        for (int i = 0; i < 6; ++i) EXPECT_EQ(got[i], c.words[i]) << "word " << i;
+    for (const auto& [system, words] : cases) {
+        const std::array<int, 6> got = {system.UpAxis(),    system.UpSign(),    system.FrontAxis(),
+                                        system.FrontSign(), system.CoordAxis(), system.CoordSign()};
+        EXPECT_EQ(got, words) << &system - &cases[0].first;
     }
 }
 
@@ -292,48 +211,25 @@ TEST(FbxAxisSystemTest, ComparisonsOfAxesAndUnits) {
     EXPECT_TRUE(FbxSystemUnit(100.0000001, 1) == FbxSystemUnit::m);
     EXPECT_FALSE(FbxSystemUnit(100.00001, 1) == FbxSystemUnit::m);
     EXPECT_FALSE(FbxSystemUnit(100, 1.00001) == FbxSystemUnit::m);
-    EXPECT_FALSE(FbxSystemUnit(std::numeric_limits<double>::quiet_NaN()) == FbxSystemUnit::m);
+    EXPECT_FALSE(FbxSystemUnit(kNan) == FbxSystemUnit::m);
 }
 
-using NodeEvalTest = SceneTest;
+struct NodeEvalTest : SceneTest {
+    FbxNode* Child(FbxNode* parent, const char* name, FbxDouble3 t = {0, 0, 0}) {
+        FbxNode* node = SceneTest::Child(parent, name);
+        node->LclTranslation.Set(t);
+        return node;
+    }
+};
 
-const Rows3 kIdentityRows{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
-
-TEST_F(NodeEvalTest, PropertyCases) {
-    struct Case {
-        const char* what;
-        void (*setUp)(FbxNode&);
-        FbxVector4 translation;
-        Rows3 rows;
-    };
-    const Case cases[] = {
-        // Rp (0, 1, 0), Rz(90): -Rp = (0, -1, 0) turns to (1, 0, 0), plus Rp: (1, 1, 0).
-        {"rotation pivot", [](FbxNode& n) { n.RotationPivot.Set({0, 1, 0}), n.LclRotation.Set({0, 0, 90}); },
-         {1, 1, 0}, kRz90},
-        {"pre-rotation without RotationActive", [](FbxNode& n) { n.PreRotation.Set({90, 0, 0}); }, {0, 0, 0},
-         kIdentityRows},
-        // Rx(90): y -> +z, z -> -y.
-        {"pre-rotation with RotationActive",
-         [](FbxNode& n) { n.PreRotation.Set({90, 0, 0}), n.RotationActive.Set(true); }, {0, 0, 0},
-         {{{1, 0, 0}, {0, 0, 1}, {0, -1, 0}}}},
-        // Order 5 (z, y, x) is ignored without RotationActive: (90, 90, 0) as x then y.
-        {"order without RotationActive", [](FbxNode& n) { n.RotationOrder.Set(5), n.LclRotation.Set({90, 90, 0}); },
-         {0, 0, 0}, {{{0, 0, -1}, {1, 0, 0}, {0, -1, 0}}}},
-        // A max of 1 on x clamps T = 5.
-        {"translation limit",
-         [](FbxNode& n) {
-             n.TranslationActive.Set(true), n.TranslationMaxX.Set(true);
-             n.TranslationMax.Set({1, 1, 1}), n.LclTranslation.Set({5, 0, 0});
-         },
-         {1, 0, 0}, kIdentityRows},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        FbxNode* node = Child(scene->GetRootNode(), c.what);
-        c.setUp(*node);
+TEST_F(NodeEvalTest, PropertiesOfARootChild) {
+    for (const TableRow& row : Table("node_transforms.txt")) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
+        FbxNode* node = Child(scene->GetRootNode(), row[0].c_str());
+        SetProperties(*node, row[1]);
         const FbxAMatrix& global = node->EvaluateGlobalTransform();
-        ExpectVectorNear(global.GetT(), c.translation[0], c.translation[1], c.translation[2]);
-        ExpectRowsNear(global, c.rows);
+        ExpectNear(global.GetT(), row[2]);
+        ExpectRows(global, row, 3);
         // A root child's local matrix is its composed matrix; the root stays identity.
         ExpectMatrixNear(node->EvaluateLocalTransform(), global);
     }
@@ -341,50 +237,38 @@ TEST_F(NodeEvalTest, PropertyCases) {
 }
 
 TEST_F(NodeEvalTest, ParentsAndInheritTypes) {
-    FbxNode* parent = Child(scene->GetRootNode(), "parent");
+    FbxNode* parent = Child(scene->GetRootNode(), "parent", {0, 0, 3});
     parent->LclScaling.Set(FbxDouble3{2, 1, 1});
-    parent->LclTranslation.Set(FbxDouble3{0, 0, 3});
-    struct Case {
-        int inherit;
-        Rows3 rows;
-    };
     // Child T (1, 0, 0), Rz(90) below a parent of scale (2, 1, 1) at (0, 0, 3).
-    const Case cases[] = {
-        {0, {{{0, 2, 0}, {-1, 0, 0}, {0, 0, 1}}}},  // Rz(90) diag(2, 1, 1)
-        {1, {{{0, 1, 0}, {-2, 0, 0}, {0, 0, 1}}}},  // diag(2, 1, 1) Rz(90)
-        {2, {{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}}},  // the parent's scaling left out
+    const Rows3 cases[] = {
+        {{{0, 2, 0}, {-1, 0, 0}, {0, 0, 1}}},  // 0: Rz(90) diag(2, 1, 1)
+        {{{0, 1, 0}, {-2, 0, 0}, {0, 0, 1}}},  // 1: diag(2, 1, 1) Rz(90)
+        {{{0, 1, 0}, {-1, 0, 0}, {0, 0, 1}}},  // 2: the parent's scaling left out
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.inherit);
-        FbxNode* child = Child(parent, "child");
-        child->InheritType.Set(c.inherit);
-        child->LclTranslation.Set(FbxDouble3{1, 0, 0});
+    for (int inherit = 0; inherit < 3; ++inherit) {
+        SCOPED_TRACE(inherit);
+        FbxNode* child = Child(parent, "child", {1, 0, 0});
+        child->InheritType.Set(inherit);
         child->LclRotation.Set(FbxDouble3{0, 0, 90});
         const FbxAMatrix& global = child->EvaluateGlobalTransform();
-        ExpectRowsNear(global, c.rows);
+        ExpectRowsNear(global, cases[inherit]);
         ExpectVectorNear(global.GetT(), 2, 0, 3);  // the parent maps (1, 0, 0) to (2, 0, 3)
         // Local = P^-1 G: the parent's inverse takes the translation back to (1, 0, 0).
         ExpectVectorNear(child->EvaluateLocalTransform().GetT(), 1, 0, 0);
     }
-}
-
-TEST_F(NodeEvalTest, ZeroParentScaleInvertsToIdentity) {
-    FbxNode* parent = Child(scene->GetRootNode(), "parent");
-    parent->LclScaling.Set(FbxDouble3{0, 0, 0});
-    parent->LclTranslation.Set(FbxDouble3{4, 5, 6});
-    FbxNode* child = Child(parent, "child");
-    child->LclTranslation.Set(FbxDouble3{1, 2, 3});
-    // Every point of the child collapses onto the parent's origin; the singular P leaves
-    // P^-1 as the identity, so the local matrix is the global one.
-    const FbxAMatrix global = child->EvaluateGlobalTransform();
+    // Every point of a child of a parent scaled to 0 collapses onto the parent's origin;
+    // the singular P leaves P^-1 as the identity, so the local matrix is the global one.
+    FbxNode* zero = Child(scene->GetRootNode(), "zero", {4, 5, 6});
+    zero->LclScaling.Set(FbxDouble3{0, 0, 0});
+    FbxNode* flat = Child(zero, "flat", {1, 2, 3});
+    const FbxAMatrix global = flat->EvaluateGlobalTransform();
     ExpectVectorNear(global.GetT(), 4, 5, 6);
     ExpectRowsNear(global, {{{0, 0, 0}, {0, 0, 0}, {0, 0, 0}}});
-    EXPECT_EQ(child->EvaluateLocalTransform(), global);
+    EXPECT_EQ(flat->EvaluateLocalTransform(), global);
 }
 
 TEST_F(NodeEvalTest, CacheLivesUntilResetOrForce) {
-    FbxNode* node = Child(scene->GetRootNode(), "node");
-    node->LclTranslation.Set(FbxDouble3{1, 0, 0});
+    FbxNode* node = Child(scene->GetRootNode(), "node", {1, 0, 0});
     EXPECT_EQ(node->EvaluateGlobalTransform().GetT()[0], 1.0);
     node->LclTranslation.Set(FbxDouble3{2, 0, 0});
     EXPECT_EQ(node->EvaluateGlobalTransform().GetT()[0], 1.0);  // a property change keeps the cache
@@ -398,11 +282,9 @@ TEST_F(NodeEvalTest, CacheLivesUntilResetOrForce) {
 
 TEST_F(NodeEvalTest, HostileTreesAndValues) {
     // A parent cycle: each node is the other's parent. The walk cuts the cycle.
-    FbxNode* a = Child(scene->GetRootNode(), "a");
-    FbxNode* b = Child(a, "b");
+    FbxNode* a = Child(scene->GetRootNode(), "a", {1, 0, 0});
+    FbxNode* b = Child(a, "b", {0, 1, 0});
     b->AddChild(a);
-    a->LclTranslation.Set(FbxDouble3{1, 0, 0});
-    b->LclTranslation.Set(FbxDouble3{0, 1, 0});
     ExpectVectorNear(a->EvaluateGlobalTransform().GetT(), 1, 1, 0);
     FbxNode* self = FbxNode::Create(scene, "self");
     self->ConnectSrcObject(self);
@@ -410,20 +292,14 @@ TEST_F(NodeEvalTest, HostileTreesAndValues) {
 
     // A chain far deeper than any call stack would take.
     FbxNode* leaf = scene->GetRootNode();
-    for (int i = 0; i < 10000; ++i) {
-        leaf = Child(leaf, "deep");
-        leaf->LclTranslation.Set(FbxDouble3{0, 0, 1});
-    }
+    for (int i = 0; i < 10000; ++i) leaf = Child(leaf, "deep", {0, 0, 1});
     EXPECT_EQ(leaf->EvaluateGlobalTransform().GetT()[2], 10000.0);
 
     // Not-a-number values stay in the numbers, never in the control flow.
-    const double nan = std::numeric_limits<double>::quiet_NaN();
     FbxNode* broken = Child(scene->GetRootNode(), "nan");
-    broken->LclRotation.Set(FbxDouble3{nan, 0, 0});
-    broken->RotationOrder.Set(77);
-    broken->InheritType.Set(-3);
+    SetProperties(*broken, "Lcl Rotation=nan 0 0; RotationOrder=77; InheritType=-3");
     FbxNode* below = Child(broken, "below");
-    below->LclScaling.Set(FbxDouble3{nan, 1, 1});
+    below->LclScaling.Set(FbxDouble3{kNan, 1, 1});
     EXPECT_TRUE(std::isnan(below->EvaluateGlobalTransform().data[1][1]));
     EXPECT_TRUE(std::isnan(below->EvaluateLocalTransform().data[0][0]));
 }
@@ -440,10 +316,9 @@ TEST_F(NodeEvalTest, PivotSetsFollowTheProperties) {
 
     // The quick test: with every vector set, GeometricScaling not one and orders 0, the
     // pivot set keeps what it had.
-    for (FbxPropertyT<FbxDouble3>* p :
-         {&node->RotationOffset, &node->RotationPivot, &node->ScalingOffset, &node->ScalingPivot, &node->PreRotation,
-          &node->PostRotation, &node->GeometricTranslation, &node->GeometricRotation, &node->GeometricScaling})
-        p->Set(FbxDouble3{3, 3, 3});
+    SetProperties(*node, "RotationOffset=3 3 3; RotationPivot=3 3 3; ScalingOffset=3 3 3; ScalingPivot=3 3 3; "
+                         "PreRotation=3 3 3; PostRotation=3 3 3; GeometricTranslation=3 3 3; "
+                         "GeometricRotation=3 3 3; GeometricScaling=3 3 3");
     node->UpdatePivotsFromProperties();
     EXPECT_EQ(node->GetRotationPivot(FbxNode::eSourcePivot), FbxVector4(0, 2, 0));
     node->RotationOrder.Set(1);  // any order but 0 lets the copy happen
@@ -452,106 +327,55 @@ TEST_F(NodeEvalTest, PivotSetsFollowTheProperties) {
 }
 
 TEST_F(NodeEvalTest, PivotResetKeepsTheStaticPose) {
-    struct Case {
-        const char* what;
-        void (*setUp)(FbxNode&);
-        FbxVector4 t, r;  // Lcl Translation and Rotation afterwards
-        Rows3 rows;       // the global 3x3 part, the same before and after
-        FbxVector4 pre;   // PreRotation afterwards
-    };
-    const double h = std::sqrt(0.5);
-    const Case cases[] = {
-        // The pivot term Rp + Rz(90) (-Rp) = (1, 0, 0) + (0, -1, 0) moves into T.
-        {"rotation pivot", [](FbxNode& n) { n.RotationPivot.Set({1, 0, 0}), n.LclRotation.Set({0, 0, 90}); },
-         {1, -1, 0}, {0, 0, 90}, kRz90, {0, 0, 0}},
-        // Rx(90) Rz(90) has rows (0, 0, 1), (-1, 0, 0), (0, -1, 0); in gimbal lock GetR gives
-        // rx = atan2(-m21, m11) = 90, ry = atan2(-m02, 0) = -90.
-        {"pre-rotation",
-         [](FbxNode& n) {
-             n.RotationActive.Set(true), n.PreRotation.Set({90, 0, 0}), n.LclRotation.Set({0, 0, 90});
-         },
-         {0, 0, 0}, {90, -90, 0}, {{{0, 0, 1}, {-1, 0, 0}, {0, -1, 0}}}, {0, 0, 0}},
-        // Pre-rotation for the limits only stays, and still doesn't count.
-        {"limit space",
-         [](FbxNode& n) {
-             n.RotationActive.Set(true), n.RotationSpaceForLimitOnly.Set(true);
-             n.PreRotation.Set({90, 0, 0}), n.LclRotation.Set({0, 0, 90});
-         },
-         {0, 0, 0}, {0, 0, 90}, kRz90, {90, 0, 0}},
-        // Order ZYX (90, 90, 0) has rows (0, 1, 0), (0, 0, 1), (1, 0, 0); as XYZ: h = 1,
-        // rx = atan2(m12, m22) = 90, ry = atan2(-m02, h) = 0, rz = atan2(m01, m00) = 90.
-        {"rotation order",
-         [](FbxNode& n) { n.RotationActive.Set(true), n.RotationOrder.Set(5), n.LclRotation.Set({90, 90, 0}); },
-         {0, 0, 0}, {90, 0, 90}, {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}}, {0, 0, 0}},
-        // Sets that agree within 1e-6 leave the node alone, limits included: the
-        // evaluation still clamps 90 to 45.
-        {"agreeing sets",
-         [](FbxNode& n) {
-             n.RotationActive.Set(true), n.RotationMaxZ.Set(true), n.RotationMax.Set({0, 0, 45});
-             n.LclRotation.Set({0, 0, 90}), n.PreRotation.Set({0, 0, 1e-7});
-         },
-         {0, 0, 0}, {0, 0, 90}, {{{h, h, 0}, {-h, h, 0}, {0, 0, 1}}}, {0, 0, 0}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        FbxNode* node = Child(scene->GetRootNode(), c.what);
-        c.setUp(*node);
+    for (const TableRow& row : Table("pivot_resets.txt")) {
+        SCOPED_TRACE(row[0]);
+        FbxNode* node = Child(scene->GetRootNode(), row[0].c_str());
+        SetProperties(*node, row[1]);
         scene->GetRootNode()->ResetPivotSetAndConvertAnimation(30.0, false, true, false);
-        ExpectVectorNear(FbxVector4(node->LclTranslation.Get()), c.t[0], c.t[1], c.t[2], 1e-12);
-        ExpectVectorNear(FbxVector4(node->LclRotation.Get()), c.r[0], c.r[1], c.r[2], 1e-9);
-        ExpectVectorNear(FbxVector4(node->PreRotation.Get()), c.pre[0], c.pre[1], c.pre[2], 0);
+        ExpectNear(FbxVector4(node->LclTranslation.Get()), row[2]);
+        ExpectNear(FbxVector4(node->LclRotation.Get()), row[3], 1e-9);
+        ExpectNear(FbxVector4(node->PreRotation.Get()), row[4], 0);
         EXPECT_TRUE(FbxVector4(node->RotationPivot.Get()).IsZero3());
         EXPECT_TRUE(node->GetRotationPivot(FbxNode::eSourcePivot).IsZero3());
         EXPECT_EQ(node->RotationOrder.Get(), 0);
         const FbxAMatrix& g = node->EvaluateGlobalTransform();
-        ExpectRowsNear(g, c.rows, 1e-12);
-        ExpectVectorNear(g.GetT(), c.t[0], c.t[1], c.t[2], 1e-12);
+        ExpectRows(g, row, 5);
+        ExpectNear(g.GetT(), row[2]);
         scene->GetRootNode()->RemoveChild(node);
     }
 }
 
-struct GeometryConverterTest : SceneTest {
-    FbxLayerElement& Element(FbxMesh* mesh, FbxMappingMode mapping, FbxReferenceMode reference) {
-        FbxLayerElement e;
-        e.mapping = mapping;
-        e.reference = reference;
-        mesh->layerElements.push_back(e);
-        return mesh->layerElements.back();
-    }
+using GeometryConverterTest = SceneTest;
 
+TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // A triangle (control points 0 1 2), a two-corner polygon (3 4) and a quad (5 6 7 8):
-    // polygon vertices 0 to 8. Each layer element names its items so that their new
-    // order can be read off: materials 10 11 12 per polygon, normals (pv, 0, 0) per
-    // polygon vertex, UV indices pv, edge smoothing 100 + edge.
-    FbxMesh* ThreePolygons() {
-        FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
-        mesh->polygonVertexIndex = {0, 1, ~2, 3, ~4, 5, 6, 7, ~8};
-        // One edge per side, named by its first polygon vertex.
-        mesh->edges = {0, 1, 2, 3, 5, 6, 7, 8};
-        Element(mesh, FbxMappingMode::ByPolygon, FbxReferenceMode::IndexToDirect).indices = {10, 11, 12};
-        std::vector<double>& normals =
-            Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles;
-        for (int pv = 0; pv < 9; ++pv) normals.insert(normals.end(), {double(pv), 0.0, 0.0});
-        FbxLayerElement& uv = Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::IndexToDirect);
-        uv.indices = {0, 1, 2, 3, 4, 5, 6, 7, 8};
-        uv.directDoubles = {0.5, 0.5};  // the value pool never moves
-        Element(mesh, FbxMappingMode::ByEdge, FbxReferenceMode::Direct).directInts = {100, 101, 102, 103,
-                                                                                        104, 105, 106, 107};
-        // Five values for nine polygon vertices follow no mapping and are left alone.
-        Element(mesh, FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles = {1, 2, 3, 4, 5};
-        return mesh;
-    }
-
-    static std::vector<double> NormalX(const FbxMesh* mesh) {
+    // polygon vertices 0 to 8, one edge per side named by its first polygon vertex. Each
+    // layer element names its items so that their new order can be read off: materials 10
+    // 11 12 per polygon, normals (pv, 0, 0) per polygon vertex, UV indices pv, edge
+    // smoothing 100 + edge.
+    FbxMesh* mesh = FbxMesh::Create(scene, "mesh");
+    mesh->polygonVertexIndex = {0, 1, ~2, 3, ~4, 5, 6, 7, ~8};
+    mesh->edges = {0, 1, 2, 3, 5, 6, 7, 8};
+    auto element = [mesh](FbxMappingMode mapping, FbxReferenceMode reference) -> FbxLayerElement& {
+        FbxLayerElement& e = mesh->layerElements.emplace_back();
+        e.mapping = mapping, e.reference = reference;
+        return e;
+    };
+    element(FbxMappingMode::ByPolygon, FbxReferenceMode::IndexToDirect).indices = {10, 11, 12};
+    std::vector<double>& normals = element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles;
+    for (int pv = 0; pv < 9; ++pv) normals.insert(normals.end(), {double(pv), 0.0, 0.0});
+    FbxLayerElement& uv = element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::IndexToDirect);
+    uv.indices = {0, 1, 2, 3, 4, 5, 6, 7, 8};
+    uv.directDoubles = {0.5, 0.5};  // the value pool never moves
+    element(FbxMappingMode::ByEdge, FbxReferenceMode::Direct).directInts = {100, 101, 102, 103, 104, 105, 106, 107};
+    // Five values for nine polygon vertices follow no mapping and are left alone.
+    element(FbxMappingMode::ByPolygonVertex, FbxReferenceMode::Direct).directDoubles = {1, 2, 3, 4, 5};
+    auto normalX = [mesh] {
         std::vector<double> x;
         const std::vector<double>& n = mesh->layerElements[1].directDoubles;
         for (size_t i = 0; i < n.size(); i += 3) x.push_back(n[i]);
         return x;
-    }
-};
-
-TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
-    FbxMesh* mesh = ThreePolygons();
+    };
     FbxGeometryConverter converter(manager);
     std::vector<int> changed{42};
     EXPECT_EQ(converter.RemoveBadPolygonsFromMeshes(scene, &changed), 1);
@@ -559,7 +383,7 @@ TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // The two-corner polygon (vertices 3, 4) goes: the quad's vertices 5 to 8 become 3 to 6.
     EXPECT_EQ(mesh->polygonVertexIndex, (std::vector<int32_t>{0, 1, ~2, 5, 6, 7, ~8}));
     EXPECT_EQ(mesh->layerElements[0].indices, (std::vector<int32_t>{10, 12}));
-    EXPECT_EQ(NormalX(mesh), (std::vector<double>{0, 1, 2, 5, 6, 7, 8}));
+    EXPECT_EQ(normalX(), (std::vector<double>{0, 1, 2, 5, 6, 7, 8}));
     EXPECT_EQ(mesh->layerElements[2].indices, (std::vector<int32_t>{0, 1, 2, 5, 6, 7, 8}));
     EXPECT_EQ(mesh->layerElements[2].directDoubles, (std::vector<double>{0.5, 0.5}));
     // Edge 3 lay on the removed polygon; the others follow their vertices.
@@ -571,7 +395,7 @@ TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
     // The quad (control points 5 6 7 8, vertices 3 to 6) fans into 5 6 7 and 5 7 8.
     EXPECT_EQ(mesh->polygonVertexIndex, (std::vector<int32_t>{0, 1, ~2, 5, 6, ~7, 5, 7, ~8}));
     EXPECT_EQ(mesh->layerElements[0].indices, (std::vector<int32_t>{10, 12, 12}));
-    EXPECT_EQ(NormalX(mesh), (std::vector<double>{0, 1, 2, 5, 6, 7, 5, 7, 8}));
+    EXPECT_EQ(normalX(), (std::vector<double>{0, 1, 2, 5, 6, 7, 5, 7, 8}));
     // Sides in order of the new polygons: 0-1, 1-2, 2-0, 5-6, 6-7, the new diagonal 7-5,
     // (5-7 again), 7-8, 8-5. The diagonal has no smoothing of its own.
     EXPECT_EQ(mesh->edges, (std::vector<int32_t>{0, 1, 2, 3, 4, 5, 7, 8}));
@@ -581,72 +405,52 @@ TEST_F(GeometryConverterTest, RemoveThenTriangulate) {
 }
 
 TEST_F(GeometryConverterTest, PolygonShapes) {
-    struct Case {
-        const char* what;
-        std::vector<int32_t> in;
-        std::vector<int32_t> removed;      // after RemoveBadPolygons
-        std::vector<int32_t> triangulated;  // after Triangulate of the original
+    // "~n" ends a polygon at point n, stored as -n - 1.
+    auto list = [](const std::string& field) {
+        std::vector<int32_t> out;
+        std::stringstream in(field);
+        for (std::string w; in >> w;) out.push_back(w[0] == '~' ? ~std::stoi(w.substr(1)) : std::stoi(w));
+        return out;
     };
-    const Case cases[] = {
-        {"empty", {}, {}, {}},
-        // An unterminated run at the end counts as a polygon; nothing removed leaves the
-        // array as it is, a triangulation writes it terminated.
-        {"unterminated quad", {0, 1, 2, 3}, {0, 1, 2, 3}, {0, 1, ~2, 0, 2, ~3}},
-        {"unterminated pair", {4, 5}, {}, {4, 5}},
-        {"single corners", {~0, ~1, 2, 3, ~4}, {2, 3, ~4}, {~0, ~1, 2, 3, ~4}},
-        // A pentagon fans into three triangles from its first corner.
-        {"pentagon", {9, 8, 7, 6, ~5}, {9, 8, 7, 6, ~5}, {9, 8, ~7, 9, 7, ~6, 9, 6, ~5}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        FbxMesh* mesh = FbxMesh::Create(scene, c.what);
-        mesh->polygonVertexIndex = c.in;
+    for (const TableRow& row : Table("polygon_shapes.txt")) {
+        SCOPED_TRACE(row[0]);
+        FbxMesh* mesh = FbxMesh::Create(scene, row[0].c_str());
+        mesh->polygonVertexIndex = list(row[1]);
         EXPECT_TRUE(FbxRemoveBadPolygons(*mesh));
-        EXPECT_EQ(mesh->polygonVertexIndex, c.removed);
-        mesh->polygonVertexIndex = c.in;
+        EXPECT_EQ(mesh->polygonVertexIndex, list(row[2]));
+        mesh->polygonVertexIndex = list(row[1]);
         EXPECT_TRUE(FbxTriangulateMesh(*mesh));
-        EXPECT_EQ(mesh->polygonVertexIndex, c.triangulated);
+        EXPECT_EQ(mesh->polygonVertexIndex, list(row[3]));
     }
 }
 
 const FbxAxisSystem kYUp(FbxAxisSystem::eYAxis, FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded);
 
-struct SceneConvertTest : SceneTest {
-    FbxNode* Child(FbxNode* parent, const char* name, FbxDouble3 t) {
-        FbxNode* node = FbxNode::Create(scene, name);
-        parent->AddChild(node);
-        node->LclTranslation.Set(t);
-        return node;
+// The six axis words of the scene's settings: up axis and sign, front axis and sign, coord
+// axis and sign.
+void SetAxes(FbxScene* scene, const std::string& words) {
+    std::stringstream in(words);
+    for (const char* name : {"UpAxis", "UpAxisSign", "FrontAxis", "FrontAxisSign", "CoordAxis", "CoordAxisSign"}) {
+        int w = 0;
+        in >> w;
+        scene->GetGlobalSettings().FindProperty(name).Set(w);
     }
-    void SetAxes(int up, int upSign, int front, int frontSign, int coord, int coordSign) {
-        FbxGlobalSettings& s = scene->GetGlobalSettings();
-        s.UpAxis.Set(up);
-        s.UpAxisSign.Set(upSign);
-        s.FrontAxis.Set(front);
-        s.FrontAxisSign.Set(frontSign);
-        s.CoordAxis.Set(coord);
-        s.CoordAxisSign.Set(coordSign);
-    }
-    static void ExpectDouble3Near(const FbxDouble3& v, double x, double y, double z, double tolerance = 1e-12) {
-        EXPECT_NEAR(v[0], x, tolerance);
-        EXPECT_NEAR(v[1], y, tolerance);
-        EXPECT_NEAR(v[2], z, tolerance);
-    }
-};
+}
+
+using SceneConvertTest = NodeEvalTest;
 
 TEST_F(SceneConvertTest, ZUpCentimetresBecomeYUpMetres) {
     // Z up, front -y, side x, centimetres. A point (x, y, z) of the file is (x, z, -y)
     // in Y up, so C = Rx(-90), and a metre is 100 of its units.
-    SetAxes(2, 1, 1, -1, 0, 1);
+    SetAxes(scene, "2 1 1 -1 0 1");
     scene->GetGlobalSettings().UnitScaleFactor.Set(1.0);
     scene->GetGlobalSettings().OriginalUnitScaleFactor.Set(2.54);
     FbxNode* hips = Child(scene->GetRootNode(), "hips", {1, 2, 3});
     FbxNode* spine = Child(hips, "spine", {0, 0, 10});
     // Pivot (1, 0, 0) turning by Rz(90): the pivot term is Rp + Rz(90) (-Rp) = (1, -1, 0).
-    FbxNode* arm = Child(scene->GetRootNode(), "arm", {0, 0, 0});
-    arm->RotationPivot.Set(FbxDouble3{1, 0, 0});
-    arm->LclRotation.Set(FbxDouble3{0, 0, 90});
-    FbxNode* cameraNode = Child(scene->GetRootNode(), "camera", {0, 0, 0});
+    FbxNode* arm = Child(scene->GetRootNode(), "arm");
+    SetProperties(*arm, "RotationPivot=1 0 0; Lcl Rotation=0 0 90");
+    FbxNode* cameraNode = Child(scene->GetRootNode(), "camera");
     FbxCamera* camera = FbxCamera::Create(scene, "camera");
     cameraNode->SetNodeAttribute(camera);
     camera->NearPlane.Set(10.0);
@@ -656,26 +460,27 @@ TEST_F(SceneConvertTest, ZUpCentimetresBecomeYUpMetres) {
     entry.node = spine;
     entry.matrix[12] = 100.0;  // global, translation (100, 0, 0)
     pose->entries.push_back(entry);
+    auto t = [](FbxNode* n) { return FbxVector4(n->LclTranslation.Get()); };
 
     kYUp.ConvertScene(scene);
-    ExpectDouble3Near(hips->LclTranslation.Get(), 1, 3, -2);
-    ExpectDouble3Near(hips->LclRotation.Get(), -90, 0, 0);
-    ExpectDouble3Near(spine->LclTranslation.Get(), 0, 0, 10);  // deeper nodes keep their values
+    ExpectVectorNear(t(hips), 1, 3, -2);
+    ExpectVectorNear(FbxVector4(hips->LclRotation.Get()), -90, 0, 0);
+    ExpectVectorNear(t(spine), 0, 0, 10);  // deeper nodes keep their values
     // Rx(-90) Rz(90) has rows (0, 0, -1), (-1, 0, 0), (0, 1, 0): in gimbal lock GetR gives
     // rx = atan2(-m21, m11) = atan2(-1, 0) = -90, ry = atan2(-m02, 0) = 90, rz = 0. The new
     // pivot term is Rp - row 0 = (1, 0, 1), and C (1, -1, 0) = (1, 0, 1) too: the
     // translation stays 0.
-    ExpectDouble3Near(arm->LclRotation.Get(), -90, 90, 0, 1e-9);
-    ExpectDouble3Near(arm->LclTranslation.Get(), 0, 0, 0, 1e-12);
+    ExpectVectorNear(FbxVector4(arm->LclRotation.Get()), -90, 90, 0, 1e-9);
+    ExpectVectorNear(t(arm), 0, 0, 0);
     EXPECT_EQ(scene->GetGlobalSettings().GetAxisSystem(), kYUp);
     EXPECT_EQ(pose->entries[0].matrix[12], 100.0);  // poses are not turned
 
     FbxSystemUnit::m.ConvertScene(scene);
-    ExpectDouble3Near(hips->LclTranslation.Get(), 0.01, 0.03, -0.02);
-    ExpectDouble3Near(hips->LclScaling.Get(), 0.01, 0.01, 0.01);
-    ExpectDouble3Near(spine->LclTranslation.Get(), 0, 0, 10);
-    ExpectDouble3Near(spine->LclScaling.Get(), 1, 1, 1);
-    ExpectDouble3Near(arm->RotationPivot.Get(), 0.01, 0, 0);
+    ExpectVectorNear(t(hips), 0.01, 0.03, -0.02);
+    ExpectVectorNear(FbxVector4(hips->LclScaling.Get()), 0.01, 0.01, 0.01);
+    ExpectVectorNear(t(spine), 0, 0, 10);
+    ExpectVectorNear(FbxVector4(spine->LclScaling.Get()), 1, 1, 1);
+    ExpectVectorNear(FbxVector4(arm->RotationPivot.Get()), 0.01, 0, 0);
     EXPECT_NEAR(camera->NearPlane.Get(), 0.1, 1e-12);
     EXPECT_NEAR(camera->FarPlane.Get(), 40.0, 1e-12);
     EXPECT_NEAR(pose->entries[0].matrix[12], 1.0, 1e-12);
@@ -689,77 +494,34 @@ TEST_F(SceneConvertTest, ZUpCentimetresBecomeYUpMetres) {
 }
 
 TEST_F(SceneConvertTest, AxisSystemsAsRead) {
-    struct Case {
-        const char* what;
-        int words[6];
-        FbxVector4 translation;  // of a root child at (1, 2, 3) after the conversion to Y up
-        Rows3 rows;              // its 3x3 part
-    };
-    const Case cases[] = {
-        // Axis words beyond 0 to 2 read as 0: up and side both x name no system, and the
-        // scene stays as it is.
-        {"up axis 7", {7, 1, 2, 1, 0, 1}, {1, 2, 3}, {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}},
-        // Negative side: x flips. The mirror C = diag(-1, 1, 1) becomes Rx(180) with all
-        // scales -1, whose product is C again.
-        {"left handed", {1, 1, 2, 1, 0, -1}, {-1, 2, 3}, {{{-1, 0, 0}, {0, 1, 0}, {0, 0, 1}}}},
-        // X up, front y, side z: the file's x is up (y), its y is front (z), its z is side
-        // (x): (1, 2, 3) -> (3, 1, 2).
-        {"x up", {0, 1, 1, 1, 2, 1}, {3, 1, 2}, {{{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        const int* w = c.words;
-        SetAxes(w[0], w[1], w[2], w[3], w[4], w[5]);
-        FbxNode* node = Child(scene->GetRootNode(), c.what, {1, 2, 3});
+    for (const TableRow& row : Table("axis_conversions.txt")) {
+        SCOPED_TRACE(row[0]);
+        SetAxes(scene, row[1]);
+        FbxNode* node = Child(scene->GetRootNode(), row[0].c_str(), {1, 2, 3});
         kYUp.ConvertScene(scene);
         const FbxAMatrix& g = node->EvaluateGlobalTransform();
-        ExpectVectorNear(g.GetT(), c.translation[0], c.translation[1], c.translation[2], 1e-12);
-        ExpectRowsNear(g, c.rows, 1e-12);
+        ExpectNear(g.GetT(), row[2]);
+        ExpectRows(g, row, 3);
         EXPECT_EQ(scene->GetGlobalSettings().GetAxisSystem(), kYUp);
         scene->GetRootNode()->RemoveChild(node);
     }
-    SetAxes(7, -5, 1, 1, 2, 0);
+    SetAxes(scene, "7 -5 1 1 2 0");
     EXPECT_EQ(scene->GetGlobalSettings().GetAxisSystem(), FbxAxisSystem(0, -1, 1, 1, 2, 1));
     kYUp.ConvertScene(nullptr);  // nothing to do, no crash
 }
 
 TEST_F(SceneConvertTest, UnitFactors) {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const double inf = std::numeric_limits<double>::infinity();
-    struct Case {
-        const char* what;
-        double unit;
-        double x;      // translation x of a root child at (100, 0, 0), factor unit / 100
-        double scale;  // its scaling
-        double unitAfter;
-    };
-    const Case cases[] = {
-        {"metres", 100.0, 100, 1, 100.0},
-        {"near metres", 100.0000001, 100, 1, 100.0000001},
-        {"centimetres", 1.0, 1, 0.01, 100.0},
-        // A zero unit stands for the smallest one: 2.2e-16 / 100 per unit.
-        {"zero", 0.0, 100 * 2.220446049250313e-16 / 100, 2.220446049250313e-16 / 100, 100.0},
-        {"negative", -1.0, -1, -0.01, 100.0},
-        {"huge", 1e300, 1e300, 1e298, 100.0},
-        // Factors that are not numbers leave the scene, and its unit, as they were.
-        {"not a number", nan, 100, 1, nan},
-        {"infinite", inf, 100, 1, inf},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
-        scene->GetGlobalSettings().UnitScaleFactor.Set(c.unit);
-        FbxNode* node = Child(scene->GetRootNode(), c.what, {100, 0, 0});
+    for (const TableRow& row : Table("unit_conversions.txt")) {
+        SCOPED_TRACE(row[0]);
+        scene->GetGlobalSettings().UnitScaleFactor.Set(testsupport::Number(row[1]));
+        FbxNode* node = Child(scene->GetRootNode(), row[0].c_str(), {100, 0, 0});
         FbxNode* below = Child(node, "below", {100, 0, 0});
         FbxSystemUnit::m.ConvertScene(scene);
-        EXPECT_DOUBLE_EQ(node->LclTranslation.Get()[0], c.x);
-        EXPECT_DOUBLE_EQ(node->LclScaling.Get()[1], c.scale);
+        EXPECT_DOUBLE_EQ(node->LclTranslation.Get()[0], testsupport::Number(row[2]));
+        EXPECT_DOUBLE_EQ(node->LclScaling.Get()[1], testsupport::Number(row[3]));
         EXPECT_EQ(below->LclTranslation.Get()[0], 100.0);
-        const double after = scene->GetGlobalSettings().UnitScaleFactor.Get();
-        if (std::isnan(c.unitAfter)) {
-            EXPECT_TRUE(std::isnan(after));
-        } else {
-            EXPECT_EQ(after, c.unitAfter);
-        }
+        const double after = scene->GetGlobalSettings().UnitScaleFactor.Get(), expected = testsupport::Number(row[4]);
+        EXPECT_TRUE(after == expected || (std::isnan(after) && std::isnan(expected))) << after;
         scene->GetRootNode()->RemoveChild(node);
     }
     FbxSystemUnit::m.ConvertScene(nullptr);
@@ -854,10 +616,7 @@ TEST_F(CurveConvertTest, MatrixFilterLeavesEqualTransformsAlone) {
 
 TEST_F(CurveConvertTest, AxisConversionMovesTranslationChannelsAndTurnsRotationKeys) {
     // Z up, front -y: (x, y, z) -> (x, z, -y), C = Rx(-90).
-    FbxGlobalSettings& settings = scene->GetGlobalSettings();
-    settings.UpAxis.Set(2);
-    settings.FrontAxis.Set(1);
-    settings.FrontAxisSign.Set(-1);
+    SetAxes(scene, "2 1 1 -1 0 1");
     FbxNode* hips = Child(scene->GetRootNode(), "hips");
     Curve(hips->LclTranslation, "X", {{0, 1.0f}, {kSecond, 2.0f}});
     Curve(hips->LclTranslation, "Y", {{0, 5.0f}});
@@ -867,8 +626,7 @@ TEST_F(CurveConvertTest, AxisConversionMovesTranslationChannelsAndTurnsRotationK
     FbxNode* spine = Child(hips, "spine");
     Curve(spine->LclTranslation, "Y", {{0, 3.0f}});
 
-    FbxAxisSystem(FbxAxisSystem::eYAxis, FbxAxisSystem::eParityOdd, FbxAxisSystem::eRightHanded)
-        .ConvertScene(scene);
+    kYUp.ConvertScene(scene);
     ExpectKeys(Find(hips->LclTranslation, "X"), {{0, 1.0f}, {kSecond, 2.0f}}, 0.0f);
     ExpectKeys(Find(hips->LclTranslation, "Y"), {{0, 0.0f}}, 0.0f);  // old Z
     ExpectKeys(Find(hips->LclTranslation, "Z"), {{0, -5.0f}}, 0.0f);  // minus old Y
@@ -917,9 +675,8 @@ TEST(FbxUnwrapTest, WholeTurns) {
     // (angle, previous, result): whole turns until within 180; exactly 180 stays.
     const double cases[][3] = {{350, 0, -10}, {-190, 0, 170}, {180, 0, 180}, {540, 0, -180}, {10, 720, 730}};
     for (const auto& c : cases) EXPECT_DOUBLE_EQ(FbxUnwrapDegrees(c[0], c[1]), c[2]) << c[0] << " near " << c[1];
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_TRUE(std::isnan(FbxUnwrapDegrees(nan, 0)));
-    EXPECT_EQ(FbxUnwrapDegrees(5, nan), 5.0);
+    EXPECT_TRUE(std::isnan(FbxUnwrapDegrees(kNan, 0)));
+    EXPECT_EQ(FbxUnwrapDegrees(5, kNan), 5.0);
 }
 
 }  // namespace
