@@ -84,6 +84,10 @@ TEST(ExportPlan, TakeNamesAreCleanedAndMayShareAFile) {
     auto calls = Plan(scene, names, "take");
     ASSERT_EQ(Names(calls), (std::vector<std::string>{"xa_b.json", "xc.json"}));
     EXPECT_EQ(calls[0].options.animations, (std::set<std::string>{"a b", "a_b"}));
+    // No takes, no animation file.
+    std::vector<WrittenFile> files;
+    EXPECT_TRUE(Plan(Scene(), names, "combine", &files).empty());
+    EXPECT_TRUE(files.empty());
 }
 
 TEST(ExportPlan, RolesFollowNamesAndCollapse) {
@@ -114,15 +118,6 @@ TEST(ExportPlan, RolesFollowNamesAndCollapse) {
     ASSERT_EQ(Names(n), (std::vector<std::string>{"x000.json", "x001.json"}));
     EXPECT_TRUE(n[0].options.exportModel);
     EXPECT_EQ(n[0].options.animations, std::set<std::string>{"B"});
-}
-
-TEST(ExportPlan, NoTakesMeansNoAnimationFile) {
-    Scene scene;
-    OutputNames names;
-    names.animationFile = "anim.json";
-    std::vector<WrittenFile> files;
-    EXPECT_TRUE(Plan(scene, names, "combine", &files).empty());
-    EXPECT_TRUE(files.empty());
 }
 
 TEST(Manifest, StandardLayoutInWritingOrderWithUnknownExtensions) {

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
+#include <cstring>
 #include <random>
 #include <sstream>
 #include <string>
@@ -116,18 +115,8 @@ TEST(JsonEmitter, SubtreesAtAnyPosition) {
         out.Raw("1e5");
         out.EndObject();
     }
-    EXPECT_EQ(text,
-              "{\n"
-              "\t\"list\": [\n"
-              "\t\t{\n"
-              "\t\t\t\"k\": [\n"
-              "\n"
-              "\t\t\t]\n"
-              "\t\t},\n"
-              "\t\t0.5\n"
-              "\t],\n"
-              "\t\"raw\": 1e5\n"
-              "}");
+    // An empty container holds two line ends.
+    EXPECT_EQ(text, "{\n\t\"list\": [\n\t\t{\n\t\t\t\"k\": [\n\n\t\t\t]\n\t\t},\n\t\t0.5\n\t],\n\t\"raw\": 1e5\n}");
 }
 
 TEST(JsonEmitter, OutputLargerThanTheBuffers) {
@@ -156,19 +145,6 @@ TEST(JsonEmitter, OutputLargerThanTheBuffers) {
         EXPECT_TRUE(sink.Close());
     }
     EXPECT_EQ(testsupport::ReadFileText(path), expected);
-}
-
-TEST(JsonEmitter, UnopenableFileWritesNothing) {
-    testsupport::ScratchFolder folder("json");
-    const std::string dir = folder.File("missing");
-    JsonFileSink sink(dir + "/out.json");
-    EXPECT_FALSE(sink.IsOpen());
-    JsonEmitter out(sink, NoFormat);
-    out.BeginArray();
-    out.Number(int32_t{1});
-    out.EndArray();
-    EXPECT_FALSE(sink.Close());
-    EXPECT_FALSE(std::ifstream(dir + "/out.json").good());
 }
 
 }  // namespace

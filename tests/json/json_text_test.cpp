@@ -8,6 +8,7 @@
 #include <string>
 
 #include "json/json.h"
+#include "text_table.h"
 
 namespace {
 
@@ -17,16 +18,15 @@ std::string StreamPrinted(float value) {
     return out.str();
 }
 
-TEST(FormatFloat, KnownForms) {
-    const float inf = std::numeric_limits<float>::infinity();
-    const std::pair<float, const char*> rows[] = {
-        {0.1f, "0.1"}, {1234567.0f, "1.23457e+06"}, {16.0f, "16"}, {100000.0f, "100000"}, {999999.0f, "999999"},
-        {999999.5f, "1e+06"},  // rounds up into the exponent form
-        {0.0001f, "0.0001"}, {0.00001f, "1e-05"},
-        {123456.5f, "123456"},  // an exact tie goes to even
-        {0.0f, "0"}, {-0.0f, "-0"}, {-2.5f, "-2.5"}, {3.4028235e38f, "3.40282e+38"}, {1.4e-45f, "1.4013e-45"},
-        {inf, "inf"}, {-inf, "-inf"}};
-    for (const auto& [value, text] : rows) EXPECT_EQ(FormatFloat(value), text);
+// The rows of data/text_cases.txt: FormatFloat, Escape and Unescape of each input.
+TEST(JsonText, CasesOfTheTable) {
+    for (const testsupport::TableRow& row : testsupport::ReadTable(std::string(VURL_JSON_DATA_DIR) + "/text_cases.txt")) {
+        const std::string& kind = row.Text(0);
+        const std::string out = kind == "float"    ? FormatFloat(float(testsupport::Number(row.Text(1))))
+                                : kind == "escape" ? Escape(row.Text(1))
+                                                   : Unescape(row.Text(1));
+        EXPECT_EQ(out, row.Text(2)) << "text_cases.txt:" << row.line;
+    }
 }
 
 TEST(FormatFloat, MatchesDefaultStreamIncludingNan) {
@@ -49,30 +49,6 @@ TEST(FormatFloat, MatchesDefaultStreamIncludingNan) {
         float value = coordinate(random);
         ASSERT_EQ(FormatFloat(value), StreamPrinted(value));
     }
-}
-
-TEST(Escape, PairsLookupTextWithoutEightAndTrailingZero) {
-    const std::pair<std::string, std::string> rows[] = {
-        {"\\/\"\n\t\b\f\r", "\\\\\\/\\\"\\n\\t\\b\\f\\r"},
-        {"plain \x7f \xc3\xa9", "plain \x7f \xc3\xa9"},
-        {std::string(1, '\0'), "\\u0000"},
-        {"\x07", "\\u0007"},
-        {"\x0b", "\\u000c"},  // index 11 of the lookup text is 'c'
-        {"\x18", "\\u0019"},
-        {"\x1a", "\\u001b"},
-        {"\x0f", std::string("\\u000\0", 6)},
-        {"\x1f", std::string("\\u001\0", 6)}};
-    for (const auto& [text, escaped] : rows) EXPECT_EQ(Escape(text), escaped);
-}
-
-TEST(Unescape, OnlyTheEightPairs) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"a\\nb\\tc\\\\d\\/e\\\"f\\bg\\fh\\ri", "a\nb\tc\\d/e\"f\bg\fh\ri"},
-        {"\\u0041", "\\u0041"},
-        {"\\q", "\\q"},
-        {"\\\\n", "\\n"},  // the first pair consumes the second backslash
-        {"end\\", "end\\"}};
-    for (const auto& [text, plain] : rows) EXPECT_EQ(Unescape(text), plain);
 }
 
 }  // namespace

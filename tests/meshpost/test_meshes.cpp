@@ -65,57 +65,31 @@ void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n) {
     }
 }
 
-double TriangleArea3(const std::vector<float>& p, const std::vector<uint32_t>& idx, size_t t) {
-    const float* a = &p[size_t(idx[3 * t]) * 3];
-    const float* b = &p[size_t(idx[3 * t + 1]) * 3];
-    const float* c = &p[size_t(idx[3 * t + 2]) * 3];
-    const double u[3] = {double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
-    const double v[3] = {double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
-    const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
-    return 0.5 * std::sqrt(x * x + y * y + z * z);
-}
-
-double TriangleAreaUv(const std::vector<float>& uv, const std::vector<uint32_t>& idx, size_t t, double su,
-                      double sv) {
-    const float* a = &uv[size_t(idx[3 * t]) * 2];
-    const float* b = &uv[size_t(idx[3 * t + 1]) * 2];
-    const float* c = &uv[size_t(idx[3 * t + 2]) * 2];
-    return 0.5 * ((b[0] - a[0]) * su * (c[1] - a[1]) * sv - (c[0] - a[0]) * su * (b[1] - a[1]) * sv);
-}
-
-size_t OverlappingTexels(const std::vector<const std::vector<float>*>& uvSets,
-                         const std::vector<const std::vector<uint32_t>*>& indexLists, uint32_t w, uint32_t h) {
-    std::vector<uint8_t> cover(size_t(w) * h, 0);
-    for (size_t m = 0; m < uvSets.size(); ++m) {
-        const std::vector<float>& uv = *uvSets[m];
-        const std::vector<uint32_t>& idx = *indexLists[m];
-        for (size_t t = 0; t + 2 < idx.size(); t += 3) {
-            double px[3], py[3];
-            for (int k = 0; k < 3; ++k) {
-                px[k] = double(uv[size_t(idx[t + k]) * 2]) * w;
-                py[k] = double(uv[size_t(idx[t + k]) * 2 + 1]) * h;
-            }
-            const double area = (px[1] - px[0]) * (py[2] - py[0]) - (px[2] - px[0]) * (py[1] - py[0]);
-            if (std::fabs(area) < 1e-12) continue;
-            const int x0 = std::max(0, int(std::floor(std::min({px[0], px[1], px[2]}))));
-            const int x1 = std::min(int(w) - 1, int(std::ceil(std::max({px[0], px[1], px[2]}))));
-            const int y0 = std::max(0, int(std::floor(std::min({py[0], py[1], py[2]}))));
-            const int y1 = std::min(int(h) - 1, int(std::ceil(std::max({py[0], py[1], py[2]}))));
-            for (int y = y0; y <= y1; ++y) {
-                for (int x = x0; x <= x1; ++x) {
-                    const double cx = x + 0.5, cy = y + 0.5;
-                    bool inside = true;
-                    for (int k = 0; k < 3 && inside; ++k) {
-                        const int n = (k + 1) % 3;
-                        const double e = ((px[n] - px[k]) * (cy - py[k]) - (py[n] - py[k]) * (cx - px[k])) / area;
-                        inside = e > 1e-9;
-                    }
-                    if (inside && cover[size_t(y) * w + x] < 255) ++cover[size_t(y) * w + x];
-                }
-            }
-        }
+double WorldArea(const MeshInstance& mi) {
+    const std::vector<float>& p = mi.vertices->positions;
+    double area = 0;
+    for (size_t t = 0; t + 2 < mi.indices->size(); t += 3) {
+        const float* a = &p[size_t((*mi.indices)[t]) * 3];
+        const float* b = &p[size_t((*mi.indices)[t + 1]) * 3];
+        const float* c = &p[size_t((*mi.indices)[t + 2]) * 3];
+        const double u[3] = {double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
+        const double v[3] = {double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
+        const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
+        area += 0.5 * std::sqrt(x * x + y * y + z * z);
     }
-    return size_t(std::count_if(cover.begin(), cover.end(), [](uint8_t c) { return c > 1; }));
+    return area;
+}
+
+double UvArea(const MeshInstance& mi, int set) {
+    const std::vector<float>& uv = mi.vertices->texCoords[set];
+    double area = 0;
+    for (size_t t = 0; t + 2 < mi.indices->size(); t += 3) {
+        const float* a = &uv[size_t((*mi.indices)[t]) * 2];
+        const float* b = &uv[size_t((*mi.indices)[t + 1]) * 2];
+        const float* c = &uv[size_t((*mi.indices)[t + 2]) * 2];
+        area += 0.5 * std::fabs(double(b[0] - a[0]) * (c[1] - a[1]) - double(c[0] - a[0]) * (b[1] - a[1]));
+    }
+    return area;
 }
 
 Mat4 ScaleMatrix(float sx, float sy, float sz) {

@@ -16,17 +16,10 @@ void MakeCylinder(VertexData& data, std::vector<uint32_t>& indices, uint32_t seg
 // Gently curved grid of n x n quads over the unit square, normals up.
 void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n);
 
-// World-space area of triangle t of an indexed list.
-double TriangleArea3(const std::vector<float>& positions, const std::vector<uint32_t>& indices, size_t t);
-// Signed area of triangle t in a UV set, after scaling u by `su` and v by `sv`.
-double TriangleAreaUv(const std::vector<float>& uv, const std::vector<uint32_t>& indices, size_t t, double su,
-                      double sv);
-
-// Rasterises the UV triangles of all lists into a w x h grid at texel centres and returns
-// the number of texels that more than one triangle covers (strict insides only, so edges
-// shared inside one chart do not count).
-size_t OverlappingTexels(const std::vector<const std::vector<float>*>& uvSets,
-                         const std::vector<const std::vector<uint32_t>*>& indexLists, uint32_t w, uint32_t h);
+// Summed world-space area of the instance's triangles, and summed area of their corners in
+// UV set `set`.
+double WorldArea(const MeshInstance& mi);
+double UvArea(const MeshInstance& mi, int set);
 
 Mat4 ScaleMatrix(float sx, float sy, float sz);
 

@@ -15,29 +15,24 @@ inline std::string ScratchPath(const std::string& name) { return testsupport::Pr
 
 using testsupport::ReadFileText;
 
-// An expected indented document; the line end that closes the last line of the text
-// file is not part of the output.
-inline std::string ExpectedPretty(const std::string& name) {
-    std::string text = ReadFileText(std::string(RUNTIMEJSON_EXPECTED_DIR) + "/" + name);
-    if (!text.empty() && text.back() == '\n') text.pop_back();
-    return text;
-}
-
-// An expected compact document. Compact output holds no line ends (strings escape
-// them), so the text file may be broken into lines for reading; they are removed.
-inline std::string ExpectedCompact(const std::string& name) {
-    std::string text = ReadFileText(std::string(RUNTIMEJSON_EXPECTED_DIR) + "/" + name);
-    std::string out;
-    for (char c : text)
-        if (c != '\n') out += c;
-    return out;
-}
-
-// A one-line output of data/outputs.txt, by its label.
-inline std::string Expected(const std::string& label) {
-    for (const testsupport::TableRow& row : testsupport::ReadTable(std::string(RUNTIMEJSON_EXPECTED_DIR) + "/outputs.txt"))
-        if (row.Text(0) == label) return row.Text(1);
-    throw std::out_of_range("no expected output " + label);
+// A whole expected document, data/<name>.json.txt. An indented one ("_pretty") ends without
+// the text file's last line end; a compact one holds no line ends (strings escape them), so
+// its text file may be broken into lines for reading. Otherwise a one-line output of
+// data/outputs.txt, by its label.
+inline std::string Expected(const std::string& name) {
+    const std::string dir = std::string(RUNTIMEJSON_EXPECTED_DIR) + "/";
+    if (name.ends_with("_pretty")) {
+        const std::string text = ReadFileText(dir + name + ".json.txt");
+        return text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
+    }
+    if (name.ends_with("_compact")) {
+        std::string text = ReadFileText(dir + name + ".json.txt");
+        std::erase(text, '\n');
+        return text;
+    }
+    for (const testsupport::TableRow& row : testsupport::ReadTable(dir + "outputs.txt"))
+        if (row.Text(0) == name) return row.Text(1);
+    throw std::out_of_range("no expected output " + name);
 }
 
 }  // namespace testing_scene

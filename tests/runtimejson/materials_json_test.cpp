@@ -32,69 +32,54 @@ void FlipEverything(Material& m) {
     for (int i = 0; i < 6; ++i) *colours[i] = {float(3 * i + 1), float(3 * i + 2), float(3 * i + 3)};
 }
 
-class MaterialsFile : public ::testing::Test {
-protected:
-    void SetUp() override {
-        Texture* albedo = b.AddTexture("albedo", 100, "textures/a/b.png");
-        albedo->addressU = 1;
-        albedo->addressV = 2;
-        albedo->minFilter = 5;
-        albedo->magFilter = 0;
-        b.scene().textures.items.push_back(nullptr);  // a hole the importer could leave
-        Texture* bump = b.AddTexture("bump", 101, "C:\\maps\\n.png");
-        bump->addressU = 3;
-        bump->minFilter = 2;
-        bump->magFilter = 3;
-        Texture* dir = b.AddTexture("dir", 102, "folder/");
-        dir->addressU = 9;
-        dir->addressV = 2;
-        dir->minFilter = 4;
-        dir->magFilter = 6;
-        stray.id = 555;
-
-        full = b.AddMaterial("full", 200);
-        FlipEverything(*full);
-        for (const MaterialSlotInfo& info : kMaterialSlots) (full->*(info.slot)).texture = albedo;
-        plain = b.AddMaterial("plain", 201);
-        transforms = b.AddMaterial("transforms", 202);
-        TextureSlot& diffuse = transforms->diffuseMap;
-        diffuse = {bump, "rgb", 1, {2.0f, 3.0f}, {0.25f, 0.0f}, 90.0f};
-        transforms->specularMap = {albedo, "", 0, {1.0f, 1.0f}, {-0.0f, 0.0f}, 0.0f};
-        transforms->glossMap = {albedo, "", 0, {1.0f, 1.0f}, {0.0f, 0.1f}, 0.0f};
-        transforms->lightMap = {albedo, "", 0, {2.0f, 2.0f}, {0.0f, 0.0f}, 0.0f};
-        transforms->heightMap.texture = &stray;
-        transforms->normalMap = {albedo, "", 0, {2.0f, 2.0f}, {0.0f, 0.0f}, 0.0f};
-        transforms->cubeMap = {dir, "a", 0, {1.0f, 1.0f}, {1.0f, 1.0f}, 0.0f};
-        transforms->sphereMap = {albedo, "", 2, {1.0f, 1.0f}, {0.0f, 0.0f}, 5.0f};
-        transforms->iridescenceThicknessMap = {albedo, "", 0, {1.0f, 1.0f}, {0.0f, 0.0f}, -0.5f};
-        outside.name = "outside";
-
-        auto root = b.Root();
-        Geometry* g = b.AddGeometry("g", 1);
-        b.AddMesh(g).WithMaterial(full);
-        b.AddMesh(g);
-        b.AddMesh(g).WithMaterial(transforms);
-        Geometry* h = b.AddGeometry("h", 2);
-        b.AddMesh(h).WithMaterial(&outside);
-        root.Child("n1", 1).WithGeometry(g);
-        root.Child("n2", 2).WithGeometry(h);
-    }
-
+TEST(MaterialsJson, WholeCompactDocument) {
     SceneBuilder b;
     Texture stray;
     Material outside;
-    Material* full = nullptr;
-    Material* plain = nullptr;
-    Material* transforms = nullptr;
-};
+    Texture* albedo = b.AddTexture("albedo", 100, "textures/a/b.png");
+    albedo->addressU = 1;
+    albedo->addressV = 2;
+    albedo->minFilter = 5;
+    albedo->magFilter = 0;
+    b.scene().textures.items.push_back(nullptr);  // a hole the importer could leave
+    Texture* bump = b.AddTexture("bump", 101, "C:\\maps\\n.png");
+    bump->addressU = 3;
+    bump->minFilter = 2;
+    bump->magFilter = 3;
+    Texture* dir = b.AddTexture("dir", 102, "folder/");
+    dir->addressU = 9;
+    dir->addressV = 2;
+    dir->minFilter = 4;
+    dir->magFilter = 6;
+    stray.id = 555;
 
-TEST_F(MaterialsFile, WholeCompactDocument) {
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(b.scene())), ExpectedCompact("materials_compact.json.txt"));
-}
+    Material* full = b.AddMaterial("full", 200);
+    FlipEverything(*full);
+    for (const MaterialSlotInfo& info : kMaterialSlots) (full->*(info.slot)).texture = albedo;
+    b.AddMaterial("plain", 201);
+    Material* transforms = b.AddMaterial("transforms", 202);
+    transforms->diffuseMap = {bump, "rgb", 1, {2.0f, 3.0f}, {0.25f, 0.0f}, 90.0f};
+    transforms->specularMap = {albedo, "", 0, {1.0f, 1.0f}, {-0.0f, 0.0f}, 0.0f};
+    transforms->glossMap = {albedo, "", 0, {1.0f, 1.0f}, {0.0f, 0.1f}, 0.0f};
+    transforms->lightMap = {albedo, "", 0, {2.0f, 2.0f}, {0.0f, 0.0f}, 0.0f};
+    transforms->heightMap.texture = &stray;
+    transforms->normalMap = {albedo, "", 0, {2.0f, 2.0f}, {0.0f, 0.0f}, 0.0f};
+    transforms->cubeMap = {dir, "a", 0, {1.0f, 1.0f}, {1.0f, 1.0f}, 0.0f};
+    transforms->sphereMap = {albedo, "", 2, {1.0f, 1.0f}, {0.0f, 0.0f}, 5.0f};
+    transforms->iridescenceThicknessMap = {albedo, "", 0, {1.0f, 1.0f}, {0.0f, 0.0f}, -0.5f};
+    outside.name = "outside";
 
-TEST(MaterialsJson, EmptySceneStillHasAllArrays) {
-    SceneBuilder b;
-    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(b.scene())), Expected("materials_empty"));
+    auto root = b.Root();
+    Geometry* g = b.AddGeometry("g", 1);
+    b.AddMesh(g).WithMaterial(full);
+    b.AddMesh(g);
+    b.AddMesh(g).WithMaterial(transforms);
+    Geometry* h = b.AddGeometry("h", 2);
+    b.AddMesh(h).WithMaterial(&outside);
+    root.Child("n1", 1).WithGeometry(g);
+    root.Child("n2", 2).WithGeometry(h);
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(b.scene())), Expected("materials_compact"));
+    EXPECT_EQ(JsonWriter(NoFormat).WriteString(BuildMaterialsJson(SceneBuilder().scene())), Expected("materials_empty"));
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ TEST(SceneMetadataJson, EntitiesComponentsAndAssets) {
 
     const std::string path = ScratchPath("scene_metadata_test.json");
     ASSERT_TRUE(WriteSceneMetadataJson(path, b.scene()));
-    EXPECT_EQ(ReadFileText(path), ExpectedPretty("scene_metadata_pretty.json.txt"));
+    EXPECT_EQ(ReadFileText(path), Expected("scene_metadata_pretty"));
     std::remove(path.c_str());
 }
 

@@ -10,14 +10,7 @@
 #include "scene/console.h"
 #include "scratch_folder.h"
 
-namespace {
-
-// Exit code 1 with nothing else on standard error than the expected text (a regex).
-void ExpectEndsRun(void (*run)(), const std::string& stderrPattern) {
-    EXPECT_EXIT(run(), testing::ExitedWithCode(1), stderrPattern);
-}
-
-}  // namespace
+using testing::ExitedWithCode;
 
 TEST(ConsoleTest, ErrorLinesCarryThePrefixAndOneLineEnd) {
     testing::internal::CaptureStderr();
@@ -30,41 +23,38 @@ TEST(ConsoleTest, ErrorLinesCarryThePrefixAndOneLineEnd) {
               "no line end");
 }
 
-TEST(ConsoleDeathTest, ErrorWritesAfterTheProgressSoFar) {
-    // In a child whose standard output is a fully buffered file, the progress line must be
-    // in the file by the time the error is written; the exit code tells the parent.
+TEST(ConsoleDeathTest, EndRunExitsWithOne) {
+    EXPECT_EXIT(EndRun(), ExitedWithCode(1), "^$");
+    EXPECT_EXIT(EndRun("Couldn't find '%s' node?", "geo_GRP"), ExitedWithCode(1),
+                "^ERROR: Couldn't find 'geo_GRP' node\\?\n$");
+    EXPECT_EXIT(EndRunFromWorkerThread(), ExitedWithCode(1), "^$");
+}
+
+TEST(ConsoleDeathTest, ErrorsAndEndsComeAfterTheProgressSoFar) {
+    // In a child whose standard output is a fully buffered file, the progress line must be in
+    // the file by the time the error is written: the exit code tells the parent, or the file
+    // the child leaves behind (it is forked, so the folder is shared).
     testsupport::ScratchFolder folder("console");
-    const std::string path = folder.File("order.txt");
+    const std::string path = folder.File("out.txt");
+    auto bufferStdout = [&] {
+        if (!std::freopen(path.c_str(), "w", stdout)) std::_Exit(2);
+        std::setvbuf(stdout, nullptr, _IOFBF, 4096);
+    };
     EXPECT_EXIT(
         {
-            if (!std::freopen(path.c_str(), "w", stdout)) std::_Exit(2);
-            std::setvbuf(stdout, nullptr, _IOFBF, 4096);
+            bufferStdout();
             ConsolePrint("Loading scene...\n");  // 17 bytes
             ConsoleError("late");
             std::error_code error;
             std::_Exit(std::filesystem::file_size(path, error) == 17 ? 3 : 4);
         },
-        testing::ExitedWithCode(3), "^ERROR: late\n$");
-}
-
-TEST(ConsoleDeathTest, EndRunExitsWithOne) {
-    ExpectEndsRun([] { EndRun(); }, "^$");
-    ExpectEndsRun([] { EndRun("Couldn't find '%s' node?", "geo_GRP"); }, "^ERROR: Couldn't find 'geo_GRP' node\\?\n$");
-    ExpectEndsRun([] { EndRunFromWorkerThread(); }, "^$");
-}
-
-TEST(ConsoleDeathTest, EndRunKeepsBufferedProgress) {
-    // The progress written before the end reaches standard output; a child's output is only
-    // visible through a file it leaves behind (the child is forked, so the folder is shared).
-    testsupport::ScratchFolder folder("console");
-    const std::string path = folder.File("end_run.txt");
+        ExitedWithCode(3), "^ERROR: late\n$");
     EXPECT_EXIT(
         {
-            if (!std::freopen(path.c_str(), "w", stdout)) std::_Exit(2);
-            std::setvbuf(stdout, nullptr, _IOFBF, 4096);
+            bufferStdout();
             ConsolePrint("Writing %s...\n", "a.json");
             EndRun("Cannot write '%s': %s", "a.json", "too big");
         },
-        testing::ExitedWithCode(1), "^ERROR: Cannot write 'a.json': too big\n$");
+        ExitedWithCode(1), "^ERROR: Cannot write 'a.json': too big\n$");
     EXPECT_EQ(testsupport::ReadFileText(path), "Writing a.json...\n");
 }
