@@ -38,7 +38,7 @@ TEST(ExtractAnimations, TheRangeCoversTheLocalCurvesOfAllNodes) {
     Extraction x;
     FbxNode* a = x.doc.Node("a");
     FbxNode* b = x.doc.Node("b", a);
-    FbxAnimLayer* layer = AddStack(x.doc, "walk");
+    FbxAnimLayer* layer = x.doc.AddStack("walk");
     Animate(a->LclTranslation, layer, "X", {{0.5, 1.0f}, {2.0, 3.0f}});
     Animate(b->LclRotation, layer, "Y", {{-1.0, 0.0f}, {1.0, 10.0f}});
     Animate(b->LclScaling, layer, "Z", {{0.0, 1.0f}, {1.5, 2.0f}});
@@ -56,26 +56,31 @@ TEST(ExtractAnimations, TheRangeCoversTheLocalCurvesOfAllNodes) {
     EXPECT_EQ(walk->tracks[1].scale.times, (std::vector<float>{1.0f, 2.5f}));
 }
 
-TEST(ExtractAnimations, KeysAtOrBeforeZeroEndJustAboveZero) {
+TEST(ExtractAnimations, KeysAtOrBeforeZeroEndJustAboveZeroAndASecondTakeOfANameIsDropped) {
     Extraction x;
-    Animate(x.doc.Node("a")->LclRotation, AddStack(x.doc, "single"), "X", {{0.0, 5.0f}});
-    Animate(x.doc.Node("b")->LclRotation, AddStack(x.doc, "negative"), "X", {{-2.0, 1.0f}, {-1.0, 2.0f}});
+    FbxNode* a = x.doc.Node("a");
+    Animate(a->LclRotation, x.doc.AddStack("single"), "X", {{0.0, 5.0f}});
+    Animate(x.doc.Node("b")->LclRotation, x.doc.AddStack("negative"), "X", {{-2.0, 1.0f}, {-1.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("take"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("take"), "X", {{0.0, 1.0f}, {4.0, 2.0f}});
     x.Run();
     // The end starts at the smallest normal float, so both ranges end there; the user start
     // 0 lies below it, and the negative keys keep their times.
-    ASSERT_NE(x.Take("single"), nullptr);
+    ASSERT_EQ(x.scene.GetAnimationCount(), 3);
     EXPECT_EQ(x.Take("single")->duration, 1.1754944e-38f);
-    ASSERT_NE(x.Take("negative"), nullptr);
     EXPECT_EQ(x.Take("negative")->duration, 1.1754944e-38f);
     EXPECT_EQ(x.Take("negative")->tracks[0].rotation.times, (std::vector<float>{-2.0f, -1.0f}));
+    EXPECT_EQ(x.Take("take")->duration, 1.0f);
+    EXPECT_NE(x.out.find("AnimationDictionary::AddAnimation : Animation take occurs more than once"),
+              std::string::npos);
 }
 
 TEST(ExtractAnimations, StacksWithoutKeysGiveNothingAndOnlyTheFirstLayerCounts) {
     Extraction x;
     FbxNode* a = x.doc.Node("a");
-    AddStack(x.doc, "empty");
+    x.doc.AddStack("empty");
     FbxAnimStack::Create(x.doc.Scene(), "no layer");
-    FbxAnimLayer* base = AddStack(x.doc, "layered");
+    FbxAnimLayer* base = x.doc.AddStack("layered");
     FbxAnimLayer* second = FbxAnimLayer::Create(x.doc.Scene(), "second");
     x.doc.Scene()->GetSrcObject<FbxAnimStack>(2)->ConnectSrcObject(second);
     Animate(a->LclTranslation, base, "X", {{0.0, 1.0f}, {1.0, 2.0f}});
@@ -93,7 +98,7 @@ TEST(ExtractAnimations, CompensationTracksComeFirstAndCancelTheParentScale) {
     FbxNode* p = x.doc.Node("p");
     FbxNode* c = x.doc.Node("c", p);
     FbxNode* d = x.doc.Node("d");
-    FbxAnimLayer* layer = AddStack(x.doc, "take");
+    FbxAnimLayer* layer = x.doc.AddStack("take");
     p->LclScaling.Set(FbxDouble3{5.0, 1.0, 1.0});
     Animate(p->LclScaling, layer, "X", {{0.0, 2.0f}, {1.0, 4.0f}});
     Animate(c->LclTranslation, layer, "X", {{0.0, 1.0f}, {0.5, 1.5f}, {1.0, 2.0f}});  // a line
@@ -124,7 +129,7 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
     const testsupport::TableRow& c = GetParam();
     Extraction x;
     FbxNode* a = x.doc.Node("a");
-    FbxAnimLayer* layer = AddStack(x.doc, "take");
+    FbxAnimLayer* layer = x.doc.AddStack("take");
     a->LclTranslation.Set(FbxDouble3{0.0, -3.0, 0.0});
     a->LclScaling.Set(FbxDouble3{1.0, 0.5, 1.0});
     Animate(a->LclTranslation, layer, "X", {{0, 0.0f}, {1, 1.0f}, {2, 2.2f}, {3, 3.0f}});
@@ -144,22 +149,11 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
 
 INSTANTIATE_TEST_SUITE_P(Extraction, ThinningOptionsTest, testing::ValuesIn(Table("thinning_options.txt")), RowName);
 
-TEST(ExtractAnimations, ASecondTakeOfAKnownNameIsReportedAndDropped) {
-    Extraction x;
-    FbxNode* a = x.doc.Node("a");
-    Animate(a->LclRotation, AddStack(x.doc, "take"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
-    Animate(a->LclRotation, AddStack(x.doc, "take"), "X", {{0.0, 1.0f}, {4.0, 2.0f}});
-    x.Run();
-    EXPECT_EQ(x.scene.GetAnimationCount(), 1);
-    EXPECT_EQ(x.Take("take")->duration, 1.0f);
-    EXPECT_NE(x.out.find("AnimationDictionary::AddAnimation : Animation take occurs more than once"), std::string::npos);
-}
-
 TEST(ExtractAnimations, SlotsTakeWeightTracksFromTakesWithARangeOnly) {
     Extraction x;
     FbxNode* a = x.doc.Node("a");
-    Animate(a->LclRotation, AddStack(x.doc, "kept"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
-    Animate(a->LclRotation, AddStack(x.doc, "clipped"), "X", {{3.0, 1.0f}, {4.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("kept"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("clipped"), "X", {{3.0, 1.0f}, {4.0, 2.0f}});
     x.options.animationEnd = 2.0f;
     x.scene.root = new GraphNode;
     auto* slot = new GraphNode;

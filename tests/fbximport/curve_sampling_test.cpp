@@ -27,7 +27,7 @@ protected:
 
     FbxTestScene doc;
     FbxNode* node = doc.Node("joint");
-    FbxAnimLayer* layer = AddStack(doc, "take");
+    FbxAnimLayer* layer = doc.AddStack("take");
     ConversionOptions options;
 };
 
@@ -76,7 +76,7 @@ class InterpolationTest : public testing::TestWithParam<TableRow> {};
 TEST_P(InterpolationTest, TheMostDemandingKeyDecides) {
     const TableRow& c = GetParam();
     FbxTestScene doc;
-    FbxAnimLayer* layer = AddStack(doc, "take");
+    FbxAnimLayer* layer = doc.AddStack("take");
     std::vector<FbxAnimCurve*> curves;
     for (float word : c.Floats(2)) {
         FbxNode* node = doc.Node("n");

@@ -27,12 +27,9 @@ inline std::vector<testsupport::TableRow> Table(const std::string& name) {
 }
 using testsupport::RowName;
 
-inline void ExpectVec3(const Vec3& v, float x, float y, float z) {
-    EXPECT_FLOAT_EQ(v.x, x);
-    EXPECT_FLOAT_EQ(v.y, y);
-    EXPECT_FLOAT_EQ(v.z, z);
+inline void ExpectVec3(const Vec3& v, const std::vector<float>& xyz) {
+    for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(v[k], xyz.at(size_t(k))) << "component " << k;
 }
-inline void ExpectVec3(const Vec3& v, const std::vector<float>& xyz) { ExpectVec3(v, xyz.at(0), xyz.at(1), xyz.at(2)); }
 
 // -- Animated documents: stacks with their base layer, curves with keys on node properties.
 
@@ -44,8 +41,6 @@ struct TestKey {
 inline FbxTime Seconds(double seconds) {
     return FbxTime(static_cast<FbxLongLong>(std::llround(seconds * double(FbxTime::kTicksPerSecond))));
 }
-
-inline FbxAnimLayer* AddStack(FbxTestScene& doc, const std::string& name) { return doc.AddStack(name); }
 
 // Keys on a fresh curve of the channel ("X", "Y", "Z") of a node property on a layer, all
 // with one interpolation (4 linear by default; 8 cubic keys get user tangents of slope 0).

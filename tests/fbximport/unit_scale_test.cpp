@@ -38,11 +38,11 @@ TEST_P(ApplyUnitScaleTest, ScalesNodesAndTracks) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), c.Text(10));
 
     ExpectVec3(root->scale, c.Floats(3));
-    ExpectVec3(root->position, 0, 0, 0);
+    ExpectVec3(root->position, {0, 0, 0});
     ExpectVec3(top->position, c.Floats(4));
     ExpectVec3(top->scale, c.Floats(5));
     ExpectVec3(leaf->position, c.Floats(6));
-    ExpectVec3(leaf->scale, 1, 1, 1);
+    ExpectVec3(leaf->scale, {1, 1, 1});
 
     const AnimationTrack& t = take->tracks[0];
     EXPECT_FLOAT_EQ(t.position.values[0].x, c.Float(7));
