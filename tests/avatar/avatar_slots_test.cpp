@@ -116,12 +116,4 @@ TEST(AvatarSlotsTest, RemovesHeadGroupOnlyDirectlyBelowGeoGroup) {
     }
 }
 
-TEST(AvatarSlotsTest, MissingGeoGroupIsRefusedBeforeAnyNodeIsMade) {
-    SourceTree tree;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(EnsureSlot(tree.scene, tree.newId, tree.nodesByName, "nosering", "noseringseptum"), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Couldn't find 'geo_GRP' node?\n");
-    EXPECT_EQ(tree.idsIssued, 0);
-}
-
 }  // namespace

@@ -75,21 +75,6 @@ TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
     EXPECT_EQ(*sneer, head->GetShapeChannel(0, 1, layer, false));
 }
 
-TEST(CollectSourceChannels, ALaterMeshOfTheSameNameReplacesTheMapInItsPlace) {
-    SourceDocument doc;
-    doc.AddStack("take");
-    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
-    doc.Mesh(doc.Node("C_brow_GEO"), {{"s.ai_browUp_L"}});
-    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_mouthLeft"}});
-    testing::internal::CaptureStdout();
-    const SourceChannels sources = CollectSourceChannels(doc.Scene());
-    testing::internal::GetCapturedStdout();
-    std::vector<std::string> meshes;
-    for (const auto& [mesh, channels] : sources) meshes.push_back(mesh);
-    EXPECT_EQ(meshes, (std::vector<std::string>{"head", "brow"}));
-    EXPECT_EQ(Keys(*sources.Find("head")), (std::vector<std::string>{"ai_mouthLeft"}));
-}
-
 TEST(BindGroupChannels, ChannelsOfTheSourceMeshOrOfHead) {
     SourceDocument doc;
     FbxAnimCurve* jaw = FbxAnimCurve::Create(doc.Scene(), "");

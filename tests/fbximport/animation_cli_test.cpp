@@ -19,6 +19,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// The layout in metres with the joint "jnt" at the origin, animated in "Take 001" (0..2 s):
+//   translation x linear 0 s: 0, 0.5 s: 1, 1 s: 2, 2 s: 2
+//   rotation y linear 0 s: 0, 1 s: 45, 2 s: 90
+//   scaling x cubic with flat tangents 0 s: 1, 1 s: 2, 2 s: 1
+// C_head_GEO has the channels blendShape1.ai_jawOpen (0: 0, 1: 100, 2: 50), ai_browDown_L
+// without a dot (0: 0, 2: 100) and a.b.c (no keys). "empty" is a second take without keys;
+// "late" (when asked) has keys at 5 s and 6 s only.
+fbxwriter::SceneDocument AnimatedAvatar(bool late = false) {
+    using fbxwriter::Interpolation;
+    fbxwriter::SceneDocument doc;
+    doc.SetUnitScale(100.0);
+    const testsupport::AvatarIds ids = testsupport::AddAvatarLayout(doc, "jnt", "LimbNode", 0.0);
+    const int64_t blendShape = doc.AddBlendShape(ids.geometry, "blendShape1");
+    const int64_t jaw = doc.AddBlendShapeChannel(blendShape, "blendShape1.ai_jawOpen");
+    const int64_t brow = doc.AddBlendShapeChannel(blendShape, "ai_browDown_L");
+    doc.AddBlendShapeChannel(blendShape, "a.b.c");
+
+    const int64_t take = doc.AddLayer(doc.AddStack("Take 001", 0.0, 2.0));
+    const int64_t jnt = ids.joint;
+    doc.AnimateVector(take, jnt, "Lcl Translation", "T", {0, 0, 0}, {{{{0, 0}, {0.5, 1}, {1, 2}, {2, 2}}, {}, {}}});
+    doc.AnimateVector(take, jnt, "Lcl Rotation", "R", {0, 0, 0}, {{{}, {{0, 0}, {1, 45}, {2, 90}}, {}}});
+    doc.AnimateVector(take, jnt, "Lcl Scaling", "S", {1, 1, 1}, {{{{0, 1}, {1, 2}, {2, 1}}, {}, {}}},
+                      Interpolation::Cubic);
+    doc.AnimateNumber(take, jaw, "DeformPercent", 0.0, {{0, 0}, {1, 100}, {2, 50}});
+    doc.AnimateNumber(take, brow, "DeformPercent", 0.0, {{0, 0}, {2, 100}});
+    doc.AddLayer(doc.AddStack("empty", 0.0, 1.0));
+    if (late) {
+        const int64_t layer = doc.AddLayer(doc.AddStack("late", 5.0, 6.0));
+        doc.AnimateVector(layer, jnt, "Lcl Rotation", "R", {0, 0, 0}, {{{{5, 0}, {6, 10}}, {}, {}}});
+    }
+    return doc;
+}
+
 // A scratch folder holding the document as avatar.fbx.
 std::string Folder(const std::string& label, const fbxwriter::SceneDocument& doc) {
     const std::string dir = ScratchDir("anim-" + label);
@@ -83,7 +116,7 @@ class AnimationOptions : public testing::TestWithParam<testsupport::TableRow> {}
 TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
     const testsupport::TableRow& c = GetParam();
     const std::vector<float> earringTimes = c.Floats(6);
-    const std::string dir = Folder(c.Text(0), testsupport::AnimatedAvatar());
+    const std::string dir = Folder(c.Text(0), AnimatedAvatar());
     Vurl(dir, {"-a", "anim.json"}, c.Items(1));
     std::string expected = testsupport::ReadFileText(std::string(VURL_TEST_DATA_DIR) + "/" + c.Text(2));
     std::erase(expected, '\n');
@@ -116,7 +149,7 @@ TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
 INSTANTIATE_TEST_SUITE_P(Cli, AnimationOptions, testing::ValuesIn(Table("animation_options.txt")), RowName);
 
 TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
-    const std::string dir = Folder("channels", testsupport::AnimatedAvatar());
+    const std::string dir = Folder("channels", AnimatedAvatar());
     const ToolRun run = Vurl(dir, {"-o", "out.glb"});
     EXPECT_NE(run.out.find("SOURCE MESH NAME: head\n  ai_jawOpen\n  ai_browDown_L\n  b.c\n"), std::string::npos);
     // There is no C_brow_GEO: the brow group takes the head's three channels.
@@ -137,7 +170,7 @@ TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
 }
 
 TEST(AnimationCli, TakesWithoutKeysOrClippedAwayGiveNoFile) {
-    const std::string dir = Folder("takes", testsupport::AnimatedAvatar(true));
+    const std::string dir = Folder("takes", AnimatedAvatar(true));
     Vurl(dir, {"-a", "anim.json", "-f", "take"});
     EXPECT_TRUE(fs::exists(dir + "/animTake_001.json") && fs::exists(dir + "/animlate.json"));
     EXPECT_FALSE(fs::exists(dir + "/animempty.json"));

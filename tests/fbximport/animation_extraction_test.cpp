@@ -1,10 +1,9 @@
 // Whole takes from documents built in memory: the range over all nodes' local curves and
 // its odd end, stacks and layers that give nothing, compensation tracks, thinning by
-// option, duplicate take names, and the slots' weight tracks.
+// option, duplicate take names. The slots' weight tracks are left to the whole runs.
 #include <gtest/gtest.h>
 
 #include "import_test_support.h"
-#include "avatar/placeholder.h"
 #include "fbximport/animation_extraction.h"
 
 namespace {
@@ -148,35 +147,5 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Extraction, ThinningOptionsTest, testing::ValuesIn(Table("thinning_options.txt")), RowName);
-
-TEST(ExtractAnimations, SlotsTakeWeightTracksFromTakesWithARangeOnly) {
-    Extraction x;
-    FbxNode* a = x.doc.Node("a");
-    Animate(a->LclRotation, x.doc.AddStack("kept"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
-    Animate(a->LclRotation, x.doc.AddStack("clipped"), "X", {{3.0, 1.0f}, {4.0, 2.0f}});
-    x.options.animationEnd = 2.0f;
-    x.scene.root = new GraphNode;
-    auto* slot = new GraphNode;
-    slot->id = 501;
-    slot->geometry = MakePlaceholderGeometry(x.scene);
-    auto* taken = new GraphNode;  // a slot that stood in the file: no placeholder
-    taken->id = 502;
-    x.scene.root->AddChild(slot);
-    x.scene.root->AddChild(taken);
-    x.groups = {SlotGroup{"earring", {slot}}, SlotGroup{"head", {taken}}};
-    x.Run();
-
-    ASSERT_EQ(x.scene.GetAnimationCount(), 1);
-    const Animation* kept = x.Take("kept");
-    ASSERT_NE(kept, nullptr);
-    ASSERT_EQ(TrackIds(*kept), (std::vector<uint64_t>{a->GetUniqueID(), 501, 502}));
-    // No source mesh: one column (ai_jawOpen) for the earring, 100 for the head, no keys.
-    EXPECT_EQ(kept->tracks[1].weights.defaults, std::vector<float>(1, 0.0f));
-    EXPECT_EQ(kept->tracks[2].weights.defaults.size(), 100u);
-    Morph* morph = slot->geometry->meshInstances.at(0)->morph;
-    ASSERT_NE(morph, nullptr);
-    ASSERT_EQ(morph->targets.size(), 1u);
-    EXPECT_EQ(morph->targets[0]->name, "face_shapes.ai_jawOpen");
-}
 
 }  // namespace

@@ -106,17 +106,6 @@ TEST_P(RedundantKeysTest, NeighboursThatAreLeftDecide) {
 
 INSTANTIATE_TEST_SUITE_P(Sampling, RedundantKeysTest, testing::ValuesIn(Table("curve_redundant.txt")), RowName);
 
-TEST(RedundantWeights, RowsAreComparedOverTheShorterLengthAndKeepTheirValues) {
-    WeightsChannel channel;
-    channel.interpolation = 1;
-    channel.times = {0, 1, 2, 3, 4};
-    // Row 1 differs from its neighbours only in a column they lack; row 3 is kept last.
-    channel.values = {{0.0f}, {0.0f, 9.0f}, {0.0f}, {5.0f, 1.0f}, {0.0f, 1.0f}};
-    RemoveRedundantKeys(channel, 1e-5f);
-    EXPECT_EQ(channel.times, (std::vector<float>{0, 2, 3, 4}));
-    EXPECT_EQ(channel.values, (std::vector<std::vector<float>>{{0.0f}, {0.0f}, {5.0f, 1.0f}, {0.0f, 1.0f}}));
-}
-
 class ThinningTest : public testing::TestWithParam<TableRow> {};
 
 TEST_P(ThinningTest, KeepsWhatTheLineMisses) {
@@ -127,17 +116,6 @@ TEST_P(ThinningTest, KeepsWhatTheLineMisses) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Thinning, ThinningTest, testing::ValuesIn(Table("curve_thinning.txt")), RowName);
-
-TEST(Thinning, QuaternionsBlendComponentWise) {
-    // The plain blend of (0,0,0,1) and (1,0,0,0) is (0.5,0,0,0.5): no error; a spherical one
-    // would give (0.7071,0,0,0.7071) and keep the key.
-    QuatChannel channel;
-    channel.interpolation = 1;
-    channel.times = {0, 1, 2};
-    channel.values = {{0, 0, 0, 1}, {0.5f, 0, 0, 0.5f}, {1, 0, 0, 0}};
-    SimplifyQuatChannel(channel, 1e-3f);
-    EXPECT_EQ(channel.times, (std::vector<float>{0, 2}));
-}
 
 TEST(QuatChannels, CubicTangentsAreRotationDifferences) {
     VectorChannel rotation = XChannel<VectorChannel>(2, {0});
