@@ -148,27 +148,6 @@ TEST_P(AnimationOptions, FilesMatchTheHandDerivedTakes) {
 
 INSTANTIATE_TEST_SUITE_P(Cli, AnimationOptions, testing::ValuesIn(Table("animation_options.txt")), RowName);
 
-TEST(AnimationCli, HeadChannelsFeedEveryGroupWithOrWithoutDots) {
-    const std::string dir = Folder("channels", AnimatedAvatar());
-    const ToolRun run = Vurl(dir, {"-o", "out.glb"});
-    EXPECT_NE(run.out.find("SOURCE MESH NAME: head\n  ai_jawOpen\n  ai_browDown_L\n  b.c\n"), std::string::npos);
-    // There is no C_brow_GEO: the brow group takes the head's three channels.
-    EXPECT_NE(run.out.find("TargetName : brow\nSourceName : brow\ntargetMorphTargets size: 16\nTrying to use head\n"
-                           "head 3\n1\nsourceMorphTargets size: 3\n  ai_browDown_L  FOUND\n  ai_browDown_R  NOT FOUND\n"),
-              std::string::npos);
-
-    // The head slot: 100 columns, ai_browDown_L first (0, 0.5, 1) and ai_jawOpen last (0, 1, 0.5).
-    const Glb file(dir + "/out.glb");
-    const JsonValue weights = file.Sampler("C_head_GEO", "weights");
-    ASSERT_FALSE(weights.IsNullHandle());
-    std::vector<float> expected(300, 0.0f);
-    for (size_t key = 0; key < 3; ++key) {
-        expected[key * 100] = (std::vector<float>{0, 0.5f, 1})[key];
-        expected[key * 100 + 99] = (std::vector<float>{0, 1, 0.5f})[key];
-    }
-    EXPECT_EQ(file.Floats(weights.Get("output")), expected);
-}
-
 TEST(AnimationCli, TakesWithoutKeysOrClippedAwayGiveNoFile) {
     const std::string dir = Folder("takes", AnimatedAvatar(true));
     Vurl(dir, {"-a", "anim.json", "-f", "take"});
