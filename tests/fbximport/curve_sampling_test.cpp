@@ -94,9 +94,9 @@ class RedundantKeysTest : public testing::TestWithParam<TableRow> {};
 TEST_P(RedundantKeysTest, NeighboursThatAreLeftDecide) {
     const TableRow& c = GetParam();
     const std::vector<float> xs = c.Floats(2), kept = c.Floats(6);
-    VectorChannel channel = XChannel<VectorChannel>(c.Int(1), xs);
-    channel.inTangents = XChannel<VectorChannel>(0, c.Floats(3)).values;
-    channel.outTangents = XChannel<VectorChannel>(0, c.Floats(4)).values;
+    VectorChannel channel = XChannel(c.Int(1), xs);
+    channel.inTangents = XChannel(0, c.Floats(3)).values;
+    channel.outTangents = XChannel(0, c.Floats(4)).values;
     RemoveRedundantKeys(channel, 1e-5f);
     EXPECT_EQ(channel.interpolation, c.Int(5));
     EXPECT_EQ(channel.times, kept);
@@ -110,7 +110,7 @@ class ThinningTest : public testing::TestWithParam<TableRow> {};
 
 TEST_P(ThinningTest, KeepsWhatTheLineMisses) {
     const TableRow& c = GetParam();
-    VectorChannel channel = XChannel<VectorChannel>(1, c.Floats(1));
+    VectorChannel channel = XChannel(1, c.Floats(1));
     SimplifyVectorChannel(channel, c.Float(2));
     EXPECT_EQ(channel.times, c.Floats(3));
 }
@@ -118,7 +118,7 @@ TEST_P(ThinningTest, KeepsWhatTheLineMisses) {
 INSTANTIATE_TEST_SUITE_P(Thinning, ThinningTest, testing::ValuesIn(Table("curve_thinning.txt")), RowName);
 
 TEST(QuatChannels, CubicTangentsAreRotationDifferences) {
-    VectorChannel rotation = XChannel<VectorChannel>(2, {0});
+    VectorChannel rotation = XChannel(2, {0});
     rotation.inTangents = {{0, 90, 0}};
     rotation.outTangents = {{90, 0, 0}};
     const QuatChannel q = MakeQuatChannel(rotation);
