@@ -47,6 +47,9 @@ void ReadFile(const std::string& path) {
     std::fclose(file);
 }
 
+// Bytes of the largest array met by ReadAndInflate in this process.
+double largestArrayBytes = 0;
+
 // Every array of every record, inflated once; the stream reads the file once.
 void ReadAndInflate(const std::string& path) {
     FbxStatus status;
@@ -76,16 +79,18 @@ void ReadAndInflate(const std::string& path) {
         }
         stream->BeginField(name, level.instance);
         while (stream->ValuesLeft() > 0) {
+            size_t elementSize = 0;
             switch (stream->ValueCode()) {
-            case 'b': stream->ReadArrayOfBool(count); break;
-            case 'c': stream->ReadArrayOfByte(count); break;
-            case 'h': stream->ReadArrayOfShort(count); break;
-            case 'i': stream->ReadArrayOfInt(count); break;
-            case 'l': stream->ReadArrayOfLong(count); break;
-            case 'f': stream->ReadArrayOfFloat(count); break;
-            case 'd': stream->ReadArrayOfDouble(count); break;
+            case 'b': stream->ReadArrayOfBool(count); elementSize = 1; break;
+            case 'c': stream->ReadArrayOfByte(count); elementSize = 1; break;
+            case 'h': stream->ReadArrayOfShort(count); elementSize = 2; break;
+            case 'i': stream->ReadArrayOfInt(count); elementSize = 4; break;
+            case 'l': stream->ReadArrayOfLong(count); elementSize = 8; break;
+            case 'f': stream->ReadArrayOfFloat(count); elementSize = 4; break;
+            case 'd': stream->ReadArrayOfDouble(count); elementSize = 8; break;
             default: stream->ReadInt(); break;
             }
+            largestArrayBytes = std::max(largestArrayBytes, static_cast<double>(count * elementSize));
         }
         if (stream->HasBlock() && stream->BeginBlock()) {
             levels.push_back(Level());
@@ -108,6 +113,7 @@ bool Load(const std::string& path) {
 
 struct Run {
     double seconds = -1;  // best of the repeats; -1 when it failed
+    double largestArrayMiB = 0;  // as the child saw it
     double cpuSeconds = -1;  // processor time (user + system) of the best repeat by that measure
     double peakMiB = 0;
 };
@@ -134,14 +140,16 @@ template <class F> Run InChild(F f, int repeats) {
             close(pipeFds[0]);
             double start = Now();
             bool ok = f();
-            double seconds = ok ? Now() - start : -1;
-            if (write(pipeFds[1], &seconds, sizeof seconds) != sizeof seconds) _exit(3);
+            const double report[2] = {ok ? Now() - start : -1, largestArrayBytes / (1024.0 * 1024.0)};
+            if (write(pipeFds[1], report, sizeof report) != sizeof report) _exit(3);
             _exit(0);
         }
         close(pipeFds[1]);
-        double seconds = -1;
-        if (read(pipeFds[0], &seconds, sizeof seconds) != sizeof seconds) seconds = -1;
+        double report[2] = {-1, 0};
+        if (read(pipeFds[0], report, sizeof report) != sizeof report) report[0] = -1;
         close(pipeFds[0]);
+        const double seconds = report[0];
+        run.largestArrayMiB = report[1];
         int status = 0;
         rusage usage{};
         wait4(pid, &status, 0, &usage);
@@ -226,8 +234,9 @@ int main(int argc, char** argv) {
     if (files.empty()) files = DefaultFiles(argv[0]);
     std::string assimp = FindOnPath("assimp");
     // Wall times, then processor times, which a machine shared with other work disturbs less.
-    std::printf("%-44s %8s %8s %9s %8s %9s %9s %8s %9s %8s | %8s %8s %8s %8s %8s\n", "file", "MB", "read s", "+infl s", "load s",
-                "load MiB", "load/inf", "assimp s", "asmp MiB", "asmp/ld", "infl cpu", "load cpu", "load/inf", "asmp cpu",
+    // The peak memory a load may reach: twice the file and its largest inflated array.
+    std::printf("%-44s %8s %8s %9s %8s %9s %9s %9s %8s %9s %8s | %8s %8s %8s %8s %8s\n", "file", "MB", "read s", "+infl s",
+                "load s", "load MiB", "tgt MiB", "load/inf", "assimp s", "asmp MiB", "asmp/ld", "infl cpu", "load cpu", "load/inf", "asmp cpu",
                 "asmp/ld");
     for (const std::string& file : files) {
         std::error_code error;
@@ -241,8 +250,10 @@ int main(int argc, char** argv) {
         Run peer = assimp.empty() ? Run() : Assimp(assimp, file, repeats);
         std::string name = fs::path(file).filename().string();
         if (name.size() > 44) name = name.substr(0, 41) + "...";
-        std::printf("%-44s %8.2f %8.4f %9.4f %8.4f %9.1f %9.2f", name.c_str(), mb, read.seconds, inflate.seconds,
-                    load.seconds, load.peakMiB, load.seconds > 0 && inflate.seconds > 0 ? load.seconds / inflate.seconds : 0.0);
+        const double targetMiB = 2 * mb * 1e6 / (1024.0 * 1024.0) + inflate.largestArrayMiB;
+        std::printf("%-44s %8.2f %8.4f %9.4f %8.4f %9.1f %9.1f %9.2f", name.c_str(), mb, read.seconds, inflate.seconds,
+                    load.seconds, load.peakMiB, targetMiB,
+                    load.seconds > 0 && inflate.seconds > 0 ? load.seconds / inflate.seconds : 0.0);
         if (peer.seconds > 0)
             std::printf(" %8.4f %9.1f %8.2f", peer.seconds, peer.peakMiB, load.seconds > 0 ? peer.seconds / load.seconds : 0.0);
         else

@@ -56,7 +56,7 @@ bool FbxFieldStream::OpenStream(std::shared_ptr<const FbxFileBytes> bytes, const
         return false;
     }
     bytes_ = std::move(bytes);
-    doneFrom_ = doneTo_ = givenTo_ = 0;
+    doneTo_ = givenTo_ = 0;
     fileName_ = name;
     if (!OpenBytes(openMainSection, headerInfo)) {
         // Keep the name for the caller's messages, drop everything else.
@@ -465,23 +465,25 @@ bool FbxFieldStream::BeginBlock() {
 void FbxFieldStream::EndBlock() {
     if (depth_ <= 0) return;
     const FbxFieldBlock& block = *Current();
-    // Top-level blocks (Objects) are walked more than once; the ones inside them are not.
-    if (depth_ >= 2 && block.end > block.start) DoneWith(block.start, block.end);
+    if (block.end > block.start) DoneWith(block.start, block.end);
     PopBlock();
 }
 
 void FbxFieldStream::DoneWith(uint64_t start, uint64_t end) {
-    // A block read to its end is seldom read again: its bytes go back to the file. Blocks
-    // are mostly small and read in file order, so they are gathered into runs (the record
-    // headers between them included) that are given back a stretch at a time.
-    constexpr uint64_t kGap = 4096, kStretch = 256 * 1024, kPage = 4096;
-    if (start > doneTo_ + kGap || end + kGap < doneFrom_ || start < givenTo_) {
-        doneFrom_ = start;
-        doneTo_ = start;
-        givenTo_ = start;
+    // A block read to its end is seldom read again: its bytes go back to the file. Readers
+    // go forward through a block of records one record name at a time, so all that lies
+    // behind the block just read goes back a stretch at a time, the records between
+    // included: those were read by an earlier pass or come back from the page cache for a
+    // later one. Giving back only the blocks read would keep nearly all of a file of small
+    // records, as touching one record maps the pages around it.
+    constexpr uint64_t kStretch = 256 * 1024, kPage = 4096;
+    if (start < givenTo_) {
+        // A new pass from further back, or a block around the ones just read.
+        givenTo_ = start - start % kPage;
+        doneTo_ = end;
+    } else {
+        doneTo_ = std::max(doneTo_, end);
     }
-    doneFrom_ = std::min(doneFrom_, start);  // a block around the ones inside it
-    doneTo_ = std::max(doneTo_, end);
     if (doneTo_ - givenTo_ < kStretch) return;
     bytes_->Release(bytes_->Data() + givenTo_, doneTo_ - givenTo_);
     givenTo_ = doneTo_ - doneTo_ % kPage;

@@ -233,8 +233,8 @@ private:
     int binaryType_;
     bool acceptVersion7_ = true;
     std::shared_ptr<const FbxFileBytes> bytes_;
-    // The run of blocks read to their end, and how far it was given back.
-    uint64_t doneFrom_ = 0, doneTo_ = 0, givenTo_ = 0;
+    // How far the blocks read to their end reach, and how far the file was given back.
+    uint64_t doneTo_ = 0, givenTo_ = 0;
     std::string fileName_;
     bool binary_ = false;
     bool text_ = false;

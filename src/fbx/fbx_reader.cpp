@@ -93,16 +93,8 @@ bool FbxReader::Read(FbxDocument& document, const FbxReaderOptions& options) {
     }
     ReadDefinitions();
 
-    // Progress runs over the object records and the connections.
-    if (stream_.BeginField("Objects")) {
-        if (stream_.HasBlock() && stream_.BeginBlock()) {
-            for (int k = 0; k < stream_.FieldNameCount(); ++k)
-                progressTotal_ += static_cast<uint64_t>(stream_.FieldCount(stream_.FieldName(k)));
-            stream_.EndBlock();
-        }
-        stream_.EndField();
-        stream_.ResetCursors();
-    }
+    // Progress runs over the object records and the connections. The objects are counted
+    // once their block is open for reading, so that their record headers are walked once.
     if (stream_.BeginField("Connections")) {
         if (stream_.HasBlock() && stream_.BeginBlock()) {
             progressTotal_ += static_cast<uint64_t>(stream_.FieldCount("C"));
@@ -264,6 +256,8 @@ void FbxReader::ReadObjects() {
         stream_.EndField();
         return;
     }
+    for (int k = 0; k < stream_.FieldNameCount(); ++k)
+        progressTotal_ += static_cast<uint64_t>(stream_.FieldCount(stream_.FieldName(k)));
     // Media and materials first, then nodes and their attributes at the very front.
     for (const char* first : {"Video", "Texture", "ProceduralTexture", "Material", "Model", "NodeAttribute"}) {
         auto it = std::find(objectTypes_.begin(), objectTypes_.end(), first);

@@ -2,8 +2,11 @@
 // sections, unreadable blocks), values and arrays of every code, field navigation.
 #include <zlib.h>
 
+#include <cstdlib>
+
 #include "fbx/fbx_ascii_version.h"
 #include "fbx_fixture.h"
+#include "scratch_folder.h"
 
 using namespace fbxtest;
 
@@ -618,4 +621,74 @@ TEST(StreamValues, CountBeyondTheListIsBounded) {
     EXPECT_EQ(stream->ReadInt(), 7);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(stream->ReadInt(), 0);
     EXPECT_EQ(stream->ValuesLeft(), 0);
+}
+
+namespace {
+
+// Resident bytes of this process's mapping of `path` (its "Rss:" in /proc/self/smaps), or
+// -1 when the file is not mapped.
+int64_t MappedResidentBytes(const std::string& path) {
+    std::FILE* smaps = std::fopen("/proc/self/smaps", "r");
+    if (!smaps) return -1;
+    char line[4096];
+    bool inside = false;
+    int64_t rss = -1;
+    while (std::fgets(line, sizeof line, smaps)) {
+        std::string_view text(line);
+        if (text.find('-') < text.find(' ')) {  // a mapping's first line: "start-end perms ... path"
+            while (!text.empty() && text.back() == '\n') text.remove_suffix(1);
+            inside = text.size() >= path.size() && text.substr(text.size() - path.size()) == path;
+        } else if (inside && text.rfind("Rss:", 0) == 0) {
+            rss = std::strtoll(line + 4, nullptr, 10) * 1024;
+            break;
+        }
+    }
+    std::fclose(smaps);
+    return rss;
+}
+
+}  // namespace
+
+// A big file is mapped, and a reader that goes through its objects one record name at a
+// time keeps little of it: small records of one name lie between big ones of another, so
+// each small one read maps the pages around it, which must go back with the rest.
+TEST(StreamMappedFile, PassesByNameKeepLittleOfTheFileMapped) {
+    constexpr int kGroups = 3000;
+    const std::string padding(3000, 'x');
+    Record objects("Objects");
+    for (int i = 0; i < kGroups; ++i) {
+        objects.Add("Small").Long(i).Add("P").Int(i);
+        for (int k = 0; k < 2; ++k) objects.Add("Big").Long(2 * i + k).Raw(padding).Add("P").Int(i);
+    }
+    const std::vector<uint8_t> bytes = fbxwriter::Write({objects});
+    ASSERT_GT(bytes.size(), size_t{kGroups} * 2 * padding.size());  // far above where mapping starts
+    testsupport::ScratchFolder folder("mapped");
+    const std::string path = folder.File("objects.fbx");
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_TRUE(file);
+    ASSERT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), file), bytes.size());
+    std::fclose(file);
+
+    for (const auto& order : {std::array<std::string, 2>{"Small", "Big"}, std::array<std::string, 2>{"Big", "Small"}}) {
+        SCOPED_TRACE(order[0] + " first");
+        FbxStatus status;
+        auto stream = FbxOpenFieldStream(path, status, true, nullptr);
+        ASSERT_TRUE(stream && stream->BeginField("Objects") && stream->BeginBlock());
+        for (const std::string& name : order) {
+            const int count = stream->FieldCount(name);
+            ASSERT_EQ(count, name == "Big" ? 2 * kGroups : kGroups);
+            for (int i = 0; i < count; ++i) {
+                ASSERT_TRUE(stream->BeginField(name, i) && stream->BeginBlock());
+                // What was given back reads the same when read again.
+                EXPECT_EQ(stream->ReadInt("P", -1), name == "Big" ? i / 2 : i);
+                stream->EndBlock();
+                stream->EndField();
+            }
+            const int64_t resident = MappedResidentBytes(path);
+            ASSERT_GE(resident, 0) << "not mapped";
+            // Pages are mapped in folios of up to 2 MiB around the record touched, whatever the
+            // reader gives back: the bound leaves room for a few.
+            EXPECT_LT(resident, static_cast<int64_t>(bytes.size() / 4)) << "after the pass over " << name;
+        }
+    }
 }

@@ -56,10 +56,7 @@ TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
     int32_t large = ExportIndices(b, {0, 65536, 7});
     EXPECT_EQ(b.accessors[size_t(small)].format.componentType, 5123u);
     EXPECT_EQ(b.accessors[size_t(large)].format.componentType, 5125u);
-    EXPECT_EQ(b.accessors[size_t(small)].count, 3u);
-    EXPECT_EQ(b.accessors[size_t(large)].count, 3u);
-    ASSERT_EQ(b.bufferViews.size(), 2u);
-    EXPECT_EQ(b.bufferViews[0].byteLength, 6u);
+    ASSERT_EQ(b.bufferViews.size(), 2u);  // 6 bytes, padded to 8, then 12
     EXPECT_EQ(b.bufferViews[1].byteOffset, 8u);
     EXPECT_EQ(b.bufferViews[1].byteLength, 12u);
     EXPECT_EQ(b.bufferViews[1].target, 0u);
@@ -167,11 +164,7 @@ TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
     VertexData* v = Triangle(scene);
     v->texCoords[3] = {0, 0, 1, 0, 0, 1};
     OneInstanceScene(scene, v);
-    GlbParts glb = WriteAndRead(scene, ModelOptions(), "texcoord3");
-    ASSERT_TRUE(glb.ok) << glb.error;
-    EXPECT_NE(glb.json.find(R"("attributes":{"POSITION":1,"TEXCOORD_3":2})"), std::string::npos) << glb.json;
-    EXPECT_NE(glb.json.find(R"({"buffer":0,"byteLength":60,"byteOffset":8,"byteStride":20,"target":34962})"),
-              std::string::npos);
+    ExpectFragments(scene, "texcoord3");
 }
 
 TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
@@ -209,12 +202,7 @@ TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
     t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
     Compact(*t, FLT_EPSILON);
     mi->morph->targets = {t};
-    GlbParts glb = WriteAndRead(scene, ModelOptions(), "morph_no_base_normal");
-    ASSERT_TRUE(glb.ok) << glb.error;
-    // The box of a target always holds the origin.
-    EXPECT_NE(glb.json.find(R"("min":[0,0,-2],"max":[0,0,0],"count":3,"sparse":{"count":1,)"), std::string::npos)
-        << glb.json;
-    EXPECT_NE(glb.json.find(R"("targets":[{"POSITION":2,"NORMAL":3}])"), std::string::npos);
+    ExpectFragments(scene, "morph_no_base_normal");
 }
 
 TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
@@ -262,23 +250,8 @@ TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
     b->geometry = gb;
 
     testing::internal::CaptureStdout();
-    GlbParts glb = WriteAndRead(scene, ModelOptions(), "skin");
-    std::string printed = testing::internal::GetCapturedStdout();
-    ASSERT_TRUE(glb.ok) << glb.error;
-    EXPECT_EQ(printed, "GLB skin convertion error - failed to find a node 99\n");
-
-    EXPECT_NE(glb.json.find(R"({"name":"a","mesh":0,"skin":0},{"name":"b","mesh":1,"skin":0})"), std::string::npos)
-        << glb.json;
-    EXPECT_NE(glb.json.find(R"("meshes":[{"primitives":[{"mode":4,"attributes":{"JOINTS_0":2,"POSITION":1,)"
-                            R"("WEIGHTS_0":3},"indices":0}]},{"primitives":[{"mode":4,"attributes":{"JOINTS_0":2,)"
-                            R"("POSITION":1,"WEIGHTS_0":3},"indices":5}]}])"),
-              std::string::npos);
-    EXPECT_NE(glb.json.find(R"("skins":[{"joints":[1,2],"inverseBindMatrices":4,"skeleton":4}])"),
-              std::string::npos);
-    // The matrix block follows the geometry's vertex block: 8 + 3 * 32 = 104.
-    EXPECT_NE(glb.json.find(R"({"buffer":0,"byteLength":128,"byteOffset":104})"), std::string::npos);
-    EXPECT_NE(glb.json.find(R"({"type":"MAT4","componentType":5126,"count":2,"bufferView":2,"byteOffset":0})"),
-              std::string::npos);
+    GlbParts glb = ExpectFragments(scene, "skin");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "GLB skin convertion error - failed to find a node 99\n");
     ASSERT_GE(glb.bin.size(), 232u);
     std::vector<uint8_t> matrices;
     PutMatrix(matrices, Translation(1, 2, 3));

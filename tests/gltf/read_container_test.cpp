@@ -1,5 +1,6 @@
 // Container reading: refusals with their exact texts, the bare JSON fallback, chunk walking.
 #include "read_test_util.h"
+#include "text_table.h"
 
 using namespace gltftest;
 
@@ -31,31 +32,17 @@ std::string Refusal(const ScratchFolder& dir, const std::vector<uint8_t>& bytes)
 
 }  // namespace
 
-TEST(ReadContainer, RefusesWithTheExactMessages) {
+class RefusedContainer : public testing::TestWithParam<testsupport::TableRow> {};
+
+TEST_P(RefusedContainer, PrintsItsExactMessage) {
     ScratchFolder dir;
-    EXPECT_EQ(Refusal(dir, Header(1, 12)), "invalid glb version encountered (1)\n");
-
-    // One byte off the file size: the field's own value is printed.
-    std::vector<uint8_t> glb = glbfixture::MakeGlb("{}", {});
-    glb[8] = uint8_t(glb.size() + 1);
-    EXPECT_EQ(Refusal(dir, glb), "invalid glb length encountered (" + std::to_string(glb.size() + 1) + ")\n");
-
-    EXPECT_EQ(Refusal(dir, Header(2, 12)), "invalid glb chunks encountered\n");
-
-    std::vector<uint8_t> binFirst = Header(2, 0);
-    PutWord(binFirst, 4);
-    binFirst.insert(binFirst.end(), {'B', 'I', 'N', 0, 1, 2, 3, 4});
-    FixLength(binFirst);
-    EXPECT_EQ(Refusal(dir, binFirst), "invalid glb first chunk type encountered\n");
-
-    std::vector<uint8_t> twoJson = Header(2, 0);
-    for (int i = 0; i < 2; ++i) {
-        PutWord(twoJson, 4);
-        twoJson.insert(twoJson.end(), {'J', 'S', 'O', 'N', '{', '}', ' ', ' '});
-    }
-    FixLength(twoJson);
-    EXPECT_EQ(Refusal(dir, twoJson), "invalid glb second chunk type encountered\n");
+    const std::string bytes = GetParam().Text(1);
+    EXPECT_EQ(Refusal(dir, std::vector<uint8_t>(bytes.begin(), bytes.end())), GetParam().Text(2));
 }
+
+INSTANTIATE_TEST_SUITE_P(Data, RefusedContainer,
+                         testing::ValuesIn(testsupport::ReadTable(std::string(VURL_GLTF_DATA_DIR) + "/refused_containers.txt")),
+                         testsupport::RowName);
 
 TEST(ReadContainer, MissingFileOrFolderHasNoLineEnd) {
     ScratchFolder dir;

@@ -96,31 +96,6 @@ TEST(ReadDocument, AttributeMapsKeepTheFirstOfANameAndExtrasOnlyTargetNames) {
     EXPECT_FALSE(d.meshes[2].targetNames.has_value());
 }
 
-TEST(ReadDocument, LightsTexturesTransformsAndPresenceFlags) {
-    const GltfDocument d = ParseDocument(R"({
-        "extensions":{"KHR_lights_punctual":{"lights":[{"type":"spot","spot":{},"intensity":40},{"type":"point"}]}},
-        "nodes":[{"extensions":{"KHR_lights_punctual":{"light":1}}},{"extensions":{}}],
-        "materials":[{"normalTexture":{"index":2,"texCoord":1,"scale":0.5,
-            "extensions":{"KHR_texture_transform":{"offset":[0.1,0.2],"rotation":0.3}}}}]})");
-    EXPECT_TRUE(d.lightsPresent);
-    ASSERT_EQ(d.lights.size(), 2u);
-    EXPECT_EQ(d.lights[0].type, 2);
-    ASSERT_TRUE(d.lights[0].spot.has_value());
-    EXPECT_EQ(d.lights[0].spot->outerConeAngle, 0.7853982f);
-    EXPECT_EQ(d.lights[0].range, -1.0f);
-    EXPECT_EQ(d.lights[1].type, 1);
-    EXPECT_TRUE(d.nodes[0].lightPresent);
-    EXPECT_EQ(d.nodes[0].light, 1);
-    EXPECT_TRUE(d.nodes[1].extensionsPresent);
-    EXPECT_FALSE(d.nodes[1].lightPresent);
-    const GltfNormalTextureInfo& n = *d.materials[0].normalTexture;
-    EXPECT_EQ(n.index, 2);
-    EXPECT_EQ(n.scale, 0.5f);
-    ASSERT_TRUE(n.transform.transformPresent);
-    EXPECT_EQ(n.transform.transform.offset, (std::vector<float>{0.1f, 0.2f}));
-    EXPECT_EQ(n.transform.transform.texCoord, -1);
-}
-
 TEST(ReadDocument, NonObjectRootsGiveAnEmptyDocument) {
     const GltfDocument d = ParseDocument(R"([{"nodes":[{}]}])");
     EXPECT_TRUE(d.nodes.empty());

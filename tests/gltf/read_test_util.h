@@ -60,12 +60,4 @@ inline bool ImportRefused(const ScratchFolder& dir, const std::vector<uint8_t>& 
     return false;
 }
 
-inline GraphNode* FindNode(GraphNode* node, const std::string& name) {
-    if (!node) return nullptr;
-    if (node->name == name) return node;
-    for (GraphNode* child : node->children)
-        if (GraphNode* found = FindNode(child, name)) return found;
-    return nullptr;
-}
-
 }  // namespace gltftest

@@ -20,10 +20,7 @@ TEST(GlbJson, GeneratorFollowsTheVersionOfTheOptionsAndEmptyNamesStay) {
     scene.root = NewNode("", 0);
     ExportOptions options = ModelOptions();
     options.version = "9.8.7";
-    GlbParts glb = WriteAndRead(scene, options, "generator");
-    const std::string head =
-        R"({"asset":{"generator":"Fernbright Converter v9.8.7","version":"2.0"},"scene":0,"nodes":[{"name":""}])";
-    EXPECT_EQ(TrimmedJson(glb).substr(0, head.size()), head);
+    ExpectFragments(scene, "generator", options);
 }
 
 TEST(GlbJson, TransformMembersAreOmittedAtDefaultAndDroppedWithNaN) {
