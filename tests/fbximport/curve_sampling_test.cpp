@@ -3,6 +3,7 @@
 // tangents. The case tables and their derivations are in data/curve_*.txt.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "fbximport/curve_sampling.h"
@@ -79,10 +80,10 @@ TEST_P(InterpolationTest, TheMostDemandingKeyDecides) {
     FbxAnimLayer* layer = doc.AddStack("take");
     std::vector<FbxAnimCurve*> curves;
     for (float word : c.Floats(2)) {
+        std::vector<TestKey> keys;
+        if (word != -1) keys = {{0, 1.0f}, {1, 2.0f}};
         FbxNode* node = doc.Node("n");
-        if (word == 0) curves.push_back(nullptr);
-        else if (word == -1) curves.push_back(Animate(node->LclTranslation, layer, "X", {}));
-        else curves.push_back(Animate(node->LclTranslation, layer, "X", {{0, 1.0f}, {1, 2.0f}}, word == -2 ? 0 : int(word)));
+        curves.push_back(word == 0 ? nullptr : Animate(node->LclTranslation, layer, "X", keys, std::max(int(word), 0)));
     }
     EXPECT_EQ(ChooseInterpolation(curves, c.Int(1) != 0), c.Int(3));
 }

@@ -98,7 +98,7 @@ TEST(ConvertNode, CurveNodeChannelsOverPropertiesAndNaNReplaced) {
     for (int k = 0; k < 3; ++k) t->SetChannelValue(k, 10.0 * (k + 1));
     // Curve nodes with X and Y only: a missing channel is 0 for a rotation and 1 for a
     // scaling, whatever the property holds.
-    for (FbxProperty* property : {static_cast<FbxProperty*>(&node->LclRotation), static_cast<FbxProperty*>(&node->LclScaling)}) {
+    for (FbxProperty* property : std::initializer_list<FbxProperty*>{&node->LclRotation, &node->LclScaling}) {
         FbxAnimCurveNode* partial = FbxAnimCurveNode::Create(doc.Scene(), "partial");
         partial->AddChannel("X", FbxDoubleDT, 40.0);
         partial->AddChannel("Y", FbxDoubleDT, 50.0);

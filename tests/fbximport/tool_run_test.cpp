@@ -164,10 +164,10 @@ TEST(AvatarRun, ModelAndMetadataFiles) {
     ASSERT_EQ(root.Get("nodes").Count(), size_t(kNodes));
     // Depth first: geo_GRP (3) holds universal_head_head_GRP (4) with C_head_GEO, C_brow_GEO
     // and universal_head_eyelash_GEO, then universal_head_mouth_GRP (8) with C_headMouth_GEO.
+    const JsonValue nodes = root.Get("nodes"), parents = root.Get("parents");
     std::string tree;
     for (size_t k = 0; k < 10; ++k)
-        tree += root.Get("nodes").Member(k).Get("name").ToString("") + " " + root.Get("parents").Member(k).ToString("") +
-                ",";
+        tree += nodes.Member(k).Get("name").ToString("") + " " + parents.Member(k).ToString("") + ",";
     EXPECT_EQ(tree, "RootNode -1,rig 0,spine 1,geo_GRP 0,universal_head_head_GRP 3,C_head_GEO 4,C_brow_GEO 4,"
                     "universal_head_eyelash_GEO 4,universal_head_mouth_GRP 3,C_headMouth_GEO 8,");
     EXPECT_EQ(root.Get("meshes").Count(), size_t(kPlaceholders));
