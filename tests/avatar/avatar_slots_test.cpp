@@ -7,7 +7,6 @@
 #include "avatar/avatar_slots.h"
 
 namespace {
-using Names = std::vector<std::string>;
 
 // A converted source tree as the node walk leaves it: every node in nodesByName.
 struct SourceTree {
@@ -28,9 +27,10 @@ struct SourceTree {
     GroupNodes Build() { return BuildAvatarSlots(scene, newId, nodesByName); }
 };
 
-Names NamesOf(const std::vector<GraphNode*>& nodes) {
-    Names names;
-    for (const GraphNode* node : nodes) names.push_back(node->name);
+// The nodes' names, one space after each.
+std::string Names(const std::vector<GraphNode*>& nodes, size_t from = 0, size_t count = 100) {
+    std::string names;
+    for (size_t k = from; k < nodes.size() && k < from + count; ++k) names += nodes[k]->name + " ";
     return names;
 }
 int CountNamed(const GraphNode* node, const std::string& name) {
@@ -38,8 +38,6 @@ int CountNamed(const GraphNode* node, const std::string& name) {
     for (const GraphNode* child : node->children) count += CountNamed(child, name);
     return count;
 }
-bool HasPlaceholder(const GraphNode* node) { return node->geometry && node->geometry->name == "dummy_mesh"; }
-}  // namespace
 
 TEST(AvatarSlotsTest, BuildsTheSixtyTwoSlotsInTheirGroups) {
     SourceTree tree;
@@ -49,38 +47,36 @@ TEST(AvatarSlotsTest, BuildsTheSixtyTwoSlotsInTheirGroups) {
     const GroupNodes groups = tree.Build();
     // Order of first filling; 2 sides x 4 letters x 3 parts brow rings, 2 sides x 8 positions
     // ear rings, 3 + 4 + 3 + 1 mouth rings.
-    std::vector<std::pair<std::string, size_t>> sizes;
-    for (const SlotGroup& group : groups) sizes.emplace_back(group.name, group.nodes.size());
-    EXPECT_EQ(sizes, (decltype(sizes){{"head", 1}, {"headMouth", 1}, {"brow", 1}, {"eyelash", 1}, {"facial_hair", 1},
-                                      {"browring", 24}, {"earring", 16}, {"nosering", 5}, {"mouthring", 11},
-                                      {"tonguering", 1}}));
-    EXPECT_EQ(NamesOf(geo->children),
-              (Names{"universal_head_head_GRP", "universal_head_mouth_GRP", "universal_head_facial_hair_GRP",
-                     "browringL_GRP", "browringR_GRP", "earringL_GRP", "earringR_GRP", "nosering_GRP",
-                     "mouthring_GRP", "tonguering_GRP"}));
-    EXPECT_EQ(NamesOf(geo->children[0]->children), (Names{"C_head_GEO", "C_brow_GEO", "universal_head_eyelash_GEO"}));
-    EXPECT_EQ(NamesOf(geo->children[1]->children), Names{"C_headMouth_GEO"});
-    const Names brow = NamesOf(groups[5].nodes), ear = NamesOf(groups[6].nodes);
-    EXPECT_EQ(Names(brow.begin(), brow.begin() + 4),
-              (Names{"C_browringLARing_GEO", "C_browringLATop_GEO", "C_browringLABottom_GEO", "C_browringLBRing_GEO"}));
-    EXPECT_EQ(brow[12], "C_browringRARing_GEO");  // the left side's 4 x 3 first
-    EXPECT_EQ(ear[7] + " " + ear[8], "C_earringLhearingAid_GEO C_earringRcartilage1_GEO");
-    EXPECT_EQ(NamesOf(groups[8].nodes),
-              (Names{"C_mouthringtopL_GEO", "C_mouthringtopCenter_GEO", "C_mouthringtopR_GEO",
-                     "C_mouthringbottomRing1L_GEO", "C_mouthringbottomRing1R_GEO", "C_mouthringbottomRing2L_GEO",
-                     "C_mouthringbottomRing2R_GEO", "C_mouthringbottomStudL_GEO", "C_mouthringbottomStudCenter_GEO",
-                     "C_mouthringbottomStudR_GEO", "C_mouthringbottomRingC1_GEO"}));
+    std::string sizes;
+    for (const SlotGroup& group : groups) sizes += group.name + " " + std::to_string(group.nodes.size()) + ",";
+    EXPECT_EQ(sizes, "head 1,headMouth 1,brow 1,eyelash 1,facial_hair 1,browring 24,earring 16,nosering 5,"
+                     "mouthring 11,tonguering 1,");
+    EXPECT_EQ(Names(geo->children), "universal_head_head_GRP universal_head_mouth_GRP universal_head_facial_hair_GRP "
+                                    "browringL_GRP browringR_GRP earringL_GRP earringR_GRP nosering_GRP "
+                                    "mouthring_GRP tonguering_GRP ");
+    EXPECT_EQ(Names(geo->children[0]->children), "C_head_GEO C_brow_GEO universal_head_eyelash_GEO ");
+    EXPECT_EQ(Names(geo->children[1]->children), "C_headMouth_GEO ");
+    EXPECT_EQ(Names(groups[5].nodes, 0, 4),
+              "C_browringLARing_GEO C_browringLATop_GEO C_browringLABottom_GEO C_browringLBRing_GEO ");
+    EXPECT_EQ(Names(groups[5].nodes, 12, 1), "C_browringRARing_GEO ");  // the left side's 4 x 3 first
+    EXPECT_EQ(Names(groups[6].nodes, 7, 2), "C_earringLhearingAid_GEO C_earringRcartilage1_GEO ");
+    EXPECT_EQ(Names(groups[8].nodes),
+              "C_mouthringtopL_GEO C_mouthringtopCenter_GEO C_mouthringtopR_GEO C_mouthringbottomRing1L_GEO "
+              "C_mouthringbottomRing1R_GEO C_mouthringbottomRing2L_GEO C_mouthringbottomRing2R_GEO "
+              "C_mouthringbottomStudL_GEO C_mouthringbottomStudCenter_GEO C_mouthringbottomStudR_GEO "
+              "C_mouthringbottomRingC1_GEO ");
 
     // Every new node, group nodes too, has a placeholder, an id of its own and an entry in
     // nodesByName, which now names the new C_head_GEO rather than the removed one.
     std::set<uint64_t> ids;
     for (const GraphNode* groupNode : geo->children) {
-        for (const GraphNode* node : groupNode->children) {
-            EXPECT_TRUE(HasPlaceholder(node) && tree.nodesByName.at(node->name) == node) << node->name;
+        std::vector<const GraphNode*> made(groupNode->children.begin(), groupNode->children.end());
+        made.push_back(groupNode);
+        for (const GraphNode* node : made) {
+            EXPECT_TRUE(node->geometry && node->geometry->name == "dummy_mesh") << node->name;
+            EXPECT_EQ(tree.nodesByName.at(node->name), node) << node->name;
             ids.insert(node->id);
         }
-        EXPECT_TRUE(HasPlaceholder(groupNode) && tree.nodesByName.at(groupNode->name) == groupNode);
-        ids.insert(groupNode->id);
     }
     EXPECT_EQ(tree.idsIssued, 72);  // 62 slots and 10 group nodes
     EXPECT_EQ(ids.size(), 72u);
@@ -96,7 +92,7 @@ TEST(AvatarSlotsTest, ReusesTheSourceNodesOfTheLayoutWithoutPlaceholders) {
     const GroupNodes groups = tree.Build();
     EXPECT_EQ(groups[0].nodes, std::vector<GraphNode*>{headMesh});
     EXPECT_TRUE(headMesh->geometry == nullptr && faceGroup->geometry == nullptr);
-    EXPECT_EQ(NamesOf(faceGroup->children), (Names{"C_head_GEO", "C_brow_GEO", "universal_head_eyelash_GEO"}));
+    EXPECT_EQ(Names(faceGroup->children), "C_head_GEO C_brow_GEO universal_head_eyelash_GEO ");
     EXPECT_EQ(CountNamed(geo, "nosering_GRP"), 2);
     EXPECT_EQ(tree.idsIssued, 70);  // two of the 72 nodes were there already
 
@@ -120,11 +116,4 @@ TEST(AvatarSlotsTest, RemovesHeadGroupOnlyDirectlyBelowGeoGroup) {
     }
 }
 
-TEST(AvatarSlotsTest, MissingGeoGroupIsFatal) {
-    SourceTree tree;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(EnsureSlot(tree.scene, tree.newId, tree.nodesByName, "nosering", "noseringseptum"), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Couldn't find 'geo_GRP' node?\n");
-    EXPECT_EQ(tree.idsIssued, 0);
-    EXPECT_EXIT(tree.Build(), testing::ExitedWithCode(1), "^ERROR: Couldn't find 'geo_GRP' node\\?\n$");
-}
+}  // namespace

@@ -75,57 +75,29 @@ TEST(CollectSourceChannels, MeshesNamedCGeoWithTheirChannelsCutAtTheFirstDot) {
     EXPECT_EQ(*sneer, head->GetShapeChannel(0, 1, layer, false));
 }
 
-TEST(CollectSourceChannels, ALaterMeshOfTheSameNameReplacesTheMapInItsPlace) {
+TEST(BindGroupChannels, ChannelsOfTheSourceMeshOrOfHead) {
     SourceDocument doc;
-    doc.AddStack("take");
-    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_jawOpen"}});
-    doc.Mesh(doc.Node("C_brow_GEO"), {{"s.ai_browUp_L"}});
-    doc.Mesh(doc.Node("C_head_GEO"), {{"s.ai_mouthLeft"}});
-    testing::internal::CaptureStdout();
-    const SourceChannels sources = CollectSourceChannels(doc.Scene());
-    testing::internal::GetCapturedStdout();
-    std::vector<std::string> meshes;
-    for (const auto& [mesh, channels] : sources) meshes.push_back(mesh);
-    EXPECT_EQ(meshes, (std::vector<std::string>{"head", "brow"}));
-    EXPECT_EQ(Keys(*sources.Find("head")), (std::vector<std::string>{"ai_mouthLeft"}));
-}
-
-class Bindings : public testing::Test {
-protected:
-    Bindings() {
-        jaw = FbxAnimCurve::Create(doc.Scene(), "");
-        headBrow = FbxAnimCurve::Create(doc.Scene(), "");
-        ownBrow = FbxAnimCurve::Create(doc.Scene(), "");
-        sources["head"]["ai_jawOpen"] = jaw;
-        sources["head"]["ai_browDown_L"] = headBrow;
-        sources["brow"]["ai_browDown_L"] = ownBrow;
-        testing::internal::CaptureStdout();
-        bindings = BindGroupChannels(sources);
-        out = testing::internal::GetCapturedStdout();
-    }
-    // The lines of one group, from its TargetName line to the next one.
-    std::string Block(const std::string& group) const {
-        const size_t start = out.find("TargetName : " + group + "\n");
-        if (start == std::string::npos) return "";
-        return out.substr(start, out.find("TargetName : ", start + 1) - start);
-    }
-
-    SourceDocument doc;
-    FbxAnimCurve* jaw;
-    FbxAnimCurve* headBrow;
-    FbxAnimCurve* ownBrow;
+    FbxAnimCurve* jaw = FbxAnimCurve::Create(doc.Scene(), "");
+    FbxAnimCurve* headBrow = FbxAnimCurve::Create(doc.Scene(), "");
+    FbxAnimCurve* ownBrow = FbxAnimCurve::Create(doc.Scene(), "");
     SourceChannels sources;
-    GroupChannelBindings bindings;
-    std::string out;
-};
+    sources["head"]["ai_jawOpen"] = jaw;
+    sources["head"]["ai_browDown_L"] = headBrow;
+    sources["brow"]["ai_browDown_L"] = ownBrow;
+    testing::internal::CaptureStdout();
+    const GroupChannelBindings bindings = BindGroupChannels(sources);
+    const std::string out = testing::internal::GetCapturedStdout();
+    // The lines of one group, from its TargetName line to the next one.
+    const auto block = [&out](const std::string& group) {
+        const size_t start = out.find("TargetName : " + group + "\n");
+        return start == std::string::npos ? "" : out.substr(start, out.find("TargetName : ", start + 1) - start);
+    };
 
-TEST_F(Bindings, ChannelsOfTheSourceMeshOrOfHead) {
-    EXPECT_EQ(Block("earring"),
+    EXPECT_EQ(block("earring"),
               "TargetName : earring\nSourceName : head\ntargetMorphTargets size: 1\nsourceMorphTargets size: 2\n"
               "  ai_jawOpen  FOUND\n");
-    const GroupChannelBinding& earring = bindings.at("earring");
-    EXPECT_EQ(earring.names, (std::vector<std::string>{"ai_jawOpen"}));
-    EXPECT_EQ(earring.curves, (std::vector<FbxAnimCurve*>{jaw}));
+    EXPECT_EQ(bindings.at("earring").names, (std::vector<std::string>{"ai_jawOpen"}));
+    EXPECT_EQ(bindings.at("earring").curves, (std::vector<FbxAnimCurve*>{jaw}));
 
     // No C_headMouth_GEO: the head's map stands in, and none of the names is in it.
     std::string expected =
@@ -134,10 +106,9 @@ TEST_F(Bindings, ChannelsOfTheSourceMeshOrOfHead) {
     for (const char* name : {"ai_tongueDn", "ai_tongueLeft", "ai_tongueOut", "ai_tongueRaise", "ai_tongueRight",
                              "ai_tongueUp", "ca_jawOpen", "ca_teethLowerFlat", "ca_teethUpperFlat"})
         expected += std::string("  ") + name + "  NOT FOUND\n";
-    EXPECT_EQ(Block("headMouth"), expected);
-    const GroupChannelBinding& mouth = bindings.at("headMouth");
-    EXPECT_EQ(mouth.names.size(), 9u);
-    EXPECT_EQ(mouth.curves, std::vector<FbxAnimCurve*>(9, nullptr));
+    EXPECT_EQ(block("headMouth"), expected);
+    EXPECT_EQ(bindings.at("headMouth").names.size(), 9u);
+    EXPECT_EQ(bindings.at("headMouth").curves, std::vector<FbxAnimCurve*>(9, nullptr));
 
     EXPECT_EQ(bindings.at("brow").curves.at(0), ownBrow);      // ai_browDown_L of C_brow_GEO
     EXPECT_EQ(bindings.at("browring").curves.at(0), headBrow);  // ai_browDown_L of C_head_GEO
@@ -150,41 +121,33 @@ TEST_F(Bindings, ChannelsOfTheSourceMeshOrOfHead) {
 
 // -- Weight tracks and Morphs -------------------------------------------------------------
 
-class Transfer : public testing::Test {
-protected:
-    Transfer() {
-        scene.root = new GraphNode;
-        for (uint64_t id : {11u, 12u, 13u}) {
-            auto* slot = new GraphNode;
-            slot->id = id;
-            if (id != 13u) slot->geometry = MakePlaceholderGeometry(scene);
-            scene.root->AddChild(slot);
-            slots.push_back(slot);
-        }
-        bindings["earring"] = GroupChannelBinding{{"ai_jawOpen"}, {nullptr}};
-        bindings["brow"] = GroupChannelBinding{{"ai_browDown_L", "ai_browUp_L"}, {nullptr, nullptr}};
-        groups = {SlotGroup{"earring", {slots[0], slots[1]}}, SlotGroup{"brow", {slots[2]}}};
-    }
+// Percentages as the curves give them; the tangents in percent a second.
+WeightsChannel Sampled(std::span<FbxAnimCurve* const> curves) {
+    WeightsChannel w;
+    w.defaults.assign(curves.size(), 50.0f);
+    w.interpolation = 2;
+    w.times = {0.0f, 1.0f};
+    w.values = {std::vector<float>(curves.size(), 10.0f), std::vector<float>(curves.size(), 100.0f)};
+    w.inTangents = {std::vector<float>(curves.size(), 0.0f), std::vector<float>(curves.size(), 30.0f)};
+    w.outTangents = w.inTangents;
+    return w;
+}
 
-    // Percentages as the curves give them; the tangents in percent a second.
-    static WeightsChannel Sampled(std::span<FbxAnimCurve* const> curves) {
-        WeightsChannel w;
-        w.defaults.assign(curves.size(), 50.0f);
-        w.interpolation = 2;
-        w.times = {0.0f, 1.0f};
-        w.values = {std::vector<float>(curves.size(), 10.0f), std::vector<float>(curves.size(), 100.0f)};
-        w.inTangents = {std::vector<float>(curves.size(), 0.0f), std::vector<float>(curves.size(), 30.0f)};
-        w.outTangents = w.inTangents;
-        return w;
-    }
-
+TEST(TransferMorphAnimation, EverySlotGetsItsGroupsWeightsInOutputUnitsAndAMorphOfItsOwn) {
+    // Slots 11 and 12 of the earring group with placeholders, 13 of the brow group without.
     Scene scene;
+    scene.root = new GraphNode;
     std::vector<GraphNode*> slots;
+    for (uint64_t id : {11u, 12u, 13u}) {
+        slots.push_back(new GraphNode);
+        slots.back()->id = id;
+        if (id != 13u) slots.back()->geometry = MakePlaceholderGeometry(scene);
+        scene.root->AddChild(slots.back());
+    }
     GroupChannelBindings bindings;
-    GroupNodes groups;
-};
-
-TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnitsAndAMorphOfItsOwn) {
+    bindings["earring"] = GroupChannelBinding{{"ai_jawOpen"}, {nullptr}};
+    bindings["brow"] = GroupChannelBinding{{"ai_browDown_L", "ai_browUp_L"}, {nullptr, nullptr}};
+    const GroupNodes groups = {SlotGroup{"earring", {slots[0], slots[1]}}, SlotGroup{"brow", {slots[2]}}};
     TakeTracks take;
     take.TrackFor(99).rotation.times = {0.0f};  // a node track made before
     take.TrackFor(12);                          // a slot that already has a track keeps it
@@ -204,9 +167,7 @@ TEST_F(Transfer, EverySlotGetsItsGroupsWeightsInOutputUnitsAndAMorphOfItsOwn) {
 
     Morph* a = slots[0]->geometry->meshInstances.at(0)->morph;
     Morph* b = slots[1]->geometry->meshInstances.at(0)->morph;
-    ASSERT_NE(a, nullptr);
-    ASSERT_NE(b, nullptr);
-    EXPECT_NE(a, b);
+    ASSERT_TRUE(a && b && a != b);
     ASSERT_EQ(a->targets.size(), 1u);
     EXPECT_EQ(a->targets[0]->name, "face_shapes.ai_jawOpen");
     // A later take replaces the Morphs.

@@ -18,8 +18,7 @@ constexpr uint32_t k0 = 0, k1 = 0x3F800000, kT = 0x38D1B717;
 TEST(PlaceholderTest, OneTinyTriangleAndTargetsWithThreeDeltas) {
     Scene scene;
     Geometry* geometry = MakePlaceholderGeometry(scene);
-    EXPECT_EQ(geometry->name, "dummy_mesh");
-    EXPECT_EQ(geometry->id, 1u);
+    EXPECT_EQ(geometry->name + " " + std::to_string(geometry->id), "dummy_mesh 1");
     EXPECT_EQ(scene.geometries.items.size(), 0u);  // reached through its node only
     ASSERT_EQ(geometry->meshInstances.size(), 1u);
     MeshInstance& mesh = *geometry->meshInstances[0];
@@ -36,15 +35,13 @@ TEST(PlaceholderTest, OneTinyTriangleAndTargetsWithThreeDeltas) {
     EXPECT_EQ(target->name, "face_shapes.ai_browDown_L");
     EXPECT_EQ(target->defaultWeight, 0.0f);
     // Every vertex has a normal delta of 1, far above the threshold, so all three stay.
-    EXPECT_EQ(target->count, 3u);
-    EXPECT_EQ(target->sourceVertexCount, 3u);
+    EXPECT_TRUE(target->count == 3u && target->sourceVertexCount == 3u);
     EXPECT_EQ(target->indices, (std::vector<uint32_t>{0, 1, 2}));
     // The first delta is (0, 0, t), unlike the mesh's first vertex at the origin.
     EXPECT_EQ(Bits(target->deltaPositions), (std::vector<uint32_t>{k0, k0, kT, kT, k0, k0, kT, kT, kT}));
     EXPECT_EQ(Bits(target->deltaNormals), (std::vector<uint32_t>{k0, k0, k1, k0, k0, k1, k0, k0, k1}));
     // Box of the origin and the deltas: each component from 0 to t.
     const float t = std::bit_cast<float>(kT);
-    EXPECT_TRUE(target->boundingBox.valid);
-    EXPECT_EQ(target->boundingBox.min, Vec3(0, 0, 0));
+    EXPECT_TRUE(target->boundingBox.valid && target->boundingBox.min == Vec3(0, 0, 0));
     EXPECT_EQ(target->boundingBox.max, Vec3(t, t, t));
 }

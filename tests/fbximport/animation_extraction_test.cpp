@@ -1,10 +1,9 @@
 // Whole takes from documents built in memory: the range over all nodes' local curves and
 // its odd end, stacks and layers that give nothing, compensation tracks, thinning by
-// option, duplicate take names, and the slots' weight tracks.
+// option, duplicate take names. The slots' weight tracks are left to the whole runs.
 #include <gtest/gtest.h>
 
 #include "import_test_support.h"
-#include "avatar/placeholder.h"
 #include "fbximport/animation_extraction.h"
 
 namespace {
@@ -38,7 +37,7 @@ TEST(ExtractAnimations, TheRangeCoversTheLocalCurvesOfAllNodes) {
     Extraction x;
     FbxNode* a = x.doc.Node("a");
     FbxNode* b = x.doc.Node("b", a);
-    FbxAnimLayer* layer = AddStack(x.doc, "walk");
+    FbxAnimLayer* layer = x.doc.AddStack("walk");
     Animate(a->LclTranslation, layer, "X", {{0.5, 1.0f}, {2.0, 3.0f}});
     Animate(b->LclRotation, layer, "Y", {{-1.0, 0.0f}, {1.0, 10.0f}});
     Animate(b->LclScaling, layer, "Z", {{0.0, 1.0f}, {1.5, 2.0f}});
@@ -56,26 +55,31 @@ TEST(ExtractAnimations, TheRangeCoversTheLocalCurvesOfAllNodes) {
     EXPECT_EQ(walk->tracks[1].scale.times, (std::vector<float>{1.0f, 2.5f}));
 }
 
-TEST(ExtractAnimations, KeysAtOrBeforeZeroEndJustAboveZero) {
+TEST(ExtractAnimations, KeysAtOrBeforeZeroEndJustAboveZeroAndASecondTakeOfANameIsDropped) {
     Extraction x;
-    Animate(x.doc.Node("a")->LclRotation, AddStack(x.doc, "single"), "X", {{0.0, 5.0f}});
-    Animate(x.doc.Node("b")->LclRotation, AddStack(x.doc, "negative"), "X", {{-2.0, 1.0f}, {-1.0, 2.0f}});
+    FbxNode* a = x.doc.Node("a");
+    Animate(a->LclRotation, x.doc.AddStack("single"), "X", {{0.0, 5.0f}});
+    Animate(x.doc.Node("b")->LclRotation, x.doc.AddStack("negative"), "X", {{-2.0, 1.0f}, {-1.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("take"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
+    Animate(a->LclRotation, x.doc.AddStack("take"), "X", {{0.0, 1.0f}, {4.0, 2.0f}});
     x.Run();
     // The end starts at the smallest normal float, so both ranges end there; the user start
     // 0 lies below it, and the negative keys keep their times.
-    ASSERT_NE(x.Take("single"), nullptr);
+    ASSERT_EQ(x.scene.GetAnimationCount(), 3);
     EXPECT_EQ(x.Take("single")->duration, 1.1754944e-38f);
-    ASSERT_NE(x.Take("negative"), nullptr);
     EXPECT_EQ(x.Take("negative")->duration, 1.1754944e-38f);
     EXPECT_EQ(x.Take("negative")->tracks[0].rotation.times, (std::vector<float>{-2.0f, -1.0f}));
+    EXPECT_EQ(x.Take("take")->duration, 1.0f);
+    EXPECT_NE(x.out.find("AnimationDictionary::AddAnimation : Animation take occurs more than once"),
+              std::string::npos);
 }
 
 TEST(ExtractAnimations, StacksWithoutKeysGiveNothingAndOnlyTheFirstLayerCounts) {
     Extraction x;
     FbxNode* a = x.doc.Node("a");
-    AddStack(x.doc, "empty");
+    x.doc.AddStack("empty");
     FbxAnimStack::Create(x.doc.Scene(), "no layer");
-    FbxAnimLayer* base = AddStack(x.doc, "layered");
+    FbxAnimLayer* base = x.doc.AddStack("layered");
     FbxAnimLayer* second = FbxAnimLayer::Create(x.doc.Scene(), "second");
     x.doc.Scene()->GetSrcObject<FbxAnimStack>(2)->ConnectSrcObject(second);
     Animate(a->LclTranslation, base, "X", {{0.0, 1.0f}, {1.0, 2.0f}});
@@ -93,7 +97,7 @@ TEST(ExtractAnimations, CompensationTracksComeFirstAndCancelTheParentScale) {
     FbxNode* p = x.doc.Node("p");
     FbxNode* c = x.doc.Node("c", p);
     FbxNode* d = x.doc.Node("d");
-    FbxAnimLayer* layer = AddStack(x.doc, "take");
+    FbxAnimLayer* layer = x.doc.AddStack("take");
     p->LclScaling.Set(FbxDouble3{5.0, 1.0, 1.0});
     Animate(p->LclScaling, layer, "X", {{0.0, 2.0f}, {1.0, 4.0f}});
     Animate(c->LclTranslation, layer, "X", {{0.0, 1.0f}, {0.5, 1.5f}, {1.0, 2.0f}});  // a line
@@ -124,7 +128,7 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
     const testsupport::TableRow& c = GetParam();
     Extraction x;
     FbxNode* a = x.doc.Node("a");
-    FbxAnimLayer* layer = AddStack(x.doc, "take");
+    FbxAnimLayer* layer = x.doc.AddStack("take");
     a->LclTranslation.Set(FbxDouble3{0.0, -3.0, 0.0});
     a->LclScaling.Set(FbxDouble3{1.0, 0.5, 1.0});
     Animate(a->LclTranslation, layer, "X", {{0, 0.0f}, {1, 1.0f}, {2, 2.2f}, {3, 3.0f}});
@@ -143,46 +147,5 @@ TEST_P(ThinningOptionsTest, TolerancesScaleByTheSpreadExceptForRotation) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Extraction, ThinningOptionsTest, testing::ValuesIn(Table("thinning_options.txt")), RowName);
-
-TEST(ExtractAnimations, ASecondTakeOfAKnownNameIsReportedAndDropped) {
-    Extraction x;
-    FbxNode* a = x.doc.Node("a");
-    Animate(a->LclRotation, AddStack(x.doc, "take"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
-    Animate(a->LclRotation, AddStack(x.doc, "take"), "X", {{0.0, 1.0f}, {4.0, 2.0f}});
-    x.Run();
-    EXPECT_EQ(x.scene.GetAnimationCount(), 1);
-    EXPECT_EQ(x.Take("take")->duration, 1.0f);
-    EXPECT_NE(x.out.find("AnimationDictionary::AddAnimation : Animation take occurs more than once"), std::string::npos);
-}
-
-TEST(ExtractAnimations, SlotsTakeWeightTracksFromTakesWithARangeOnly) {
-    Extraction x;
-    FbxNode* a = x.doc.Node("a");
-    Animate(a->LclRotation, AddStack(x.doc, "kept"), "X", {{0.0, 1.0f}, {1.0, 2.0f}});
-    Animate(a->LclRotation, AddStack(x.doc, "clipped"), "X", {{3.0, 1.0f}, {4.0, 2.0f}});
-    x.options.animationEnd = 2.0f;
-    x.scene.root = new GraphNode;
-    auto* slot = new GraphNode;
-    slot->id = 501;
-    slot->geometry = MakePlaceholderGeometry(x.scene);
-    auto* taken = new GraphNode;  // a slot that stood in the file: no placeholder
-    taken->id = 502;
-    x.scene.root->AddChild(slot);
-    x.scene.root->AddChild(taken);
-    x.groups = {SlotGroup{"earring", {slot}}, SlotGroup{"head", {taken}}};
-    x.Run();
-
-    ASSERT_EQ(x.scene.GetAnimationCount(), 1);
-    const Animation* kept = x.Take("kept");
-    ASSERT_NE(kept, nullptr);
-    ASSERT_EQ(TrackIds(*kept), (std::vector<uint64_t>{a->GetUniqueID(), 501, 502}));
-    // No source mesh: one column (ai_jawOpen) for the earring, 100 for the head, no keys.
-    EXPECT_EQ(kept->tracks[1].weights.defaults, std::vector<float>(1, 0.0f));
-    EXPECT_EQ(kept->tracks[2].weights.defaults.size(), 100u);
-    Morph* morph = slot->geometry->meshInstances.at(0)->morph;
-    ASSERT_NE(morph, nullptr);
-    ASSERT_EQ(morph->targets.size(), 1u);
-    EXPECT_EQ(morph->targets[0]->name, "face_shapes.ai_jawOpen");
-}
 
 }  // namespace

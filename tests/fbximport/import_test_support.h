@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fbx_test_scene.h"
+#include "scene/animation.h"
 #include "scene/math.h"
 #include "scratch_folder.h"
 #include "text_table.h"
@@ -27,12 +28,9 @@ inline std::vector<testsupport::TableRow> Table(const std::string& name) {
 }
 using testsupport::RowName;
 
-inline void ExpectVec3(const Vec3& v, float x, float y, float z) {
-    EXPECT_FLOAT_EQ(v.x, x);
-    EXPECT_FLOAT_EQ(v.y, y);
-    EXPECT_FLOAT_EQ(v.z, z);
+inline void ExpectVec3(const Vec3& v, const std::vector<float>& xyz) {
+    for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(v[k], xyz.at(size_t(k))) << "component " << k;
 }
-inline void ExpectVec3(const Vec3& v, const std::vector<float>& xyz) { ExpectVec3(v, xyz.at(0), xyz.at(1), xyz.at(2)); }
 
 // -- Animated documents: stacks with their base layer, curves with keys on node properties.
 
@@ -41,19 +39,13 @@ struct TestKey {
     float value;
 };
 
-inline FbxTime Seconds(double seconds) {
-    return FbxTime(static_cast<FbxLongLong>(std::llround(seconds * double(FbxTime::kTicksPerSecond))));
-}
-
-inline FbxAnimLayer* AddStack(FbxTestScene& doc, const std::string& name) { return doc.AddStack(name); }
-
 // Keys on a fresh curve of the channel ("X", "Y", "Z") of a node property on a layer, all
 // with one interpolation (4 linear by default; 8 cubic keys get user tangents of slope 0).
 inline FbxAnimCurve* Animate(FbxProperty& property, FbxAnimLayer* layer, const char* channel,
                              const std::vector<TestKey>& keys, int interpolation = 4) {
     FbxAnimCurve* curve = property.GetCurve(layer, property.GetName(), channel, true);
     for (const TestKey& key : keys) {
-        const int index = curve->KeyAdd(Seconds(key.seconds));
+        const int index = curve->KeyAdd(FbxTime(std::llround(key.seconds * double(FbxTime::kTicksPerSecond))));
         curve->KeySetValue(index, key.value);
         curve->KeySetInterpolation(index, interpolation);
         curve->KeySetTangentMode(index, interpolation == 8 ? 0x400 : 0);
@@ -68,9 +60,8 @@ inline std::vector<float> Xs(const std::vector<Vec3>& values) {
 }
 
 // A channel with keys at 0, 1, 2... s whose x components are `xs`.
-template <typename Channel>
-Channel XChannel(int interpolation, const std::vector<float>& xs) {
-    Channel channel;
+inline VectorChannel XChannel(int interpolation, const std::vector<float>& xs) {
+    VectorChannel channel;
     channel.interpolation = interpolation;
     for (size_t k = 0; k < xs.size(); ++k) {
         channel.times.push_back(float(k));

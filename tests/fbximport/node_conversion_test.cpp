@@ -3,7 +3,9 @@
 // case tables and their derivations are in data/node_*.txt and data/camera_matrices.txt.
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <limits>
+#include <sstream>
 
 #include "fbximport/fbx_scene_conversion.h"
 #include "import_test_support.h"
@@ -90,13 +92,13 @@ TEST(ConvertNode, CurveNodeChannelsOverPropertiesAndNaNReplaced) {
     bad->LclRotation.Set({1.0, kNaN, 3.0});
     bad->LclScaling.Set({kNaN, 2.0, kNaN});
 
-    FbxAnimLayer* layer = AddStack(doc, "take");
+    FbxAnimLayer* layer = doc.AddStack("take");
     doc.Scene()->SetCurrentAnimationStack(doc.Scene()->GetSrcObject<FbxAnimStack>(0));
     FbxAnimCurveNode* t = node->LclTranslation.GetCurveNode(layer, true);
     for (int k = 0; k < 3; ++k) t->SetChannelValue(k, 10.0 * (k + 1));
     // Curve nodes with X and Y only: a missing channel is 0 for a rotation and 1 for a
     // scaling, whatever the property holds.
-    for (FbxProperty* property : {static_cast<FbxProperty*>(&node->LclRotation), static_cast<FbxProperty*>(&node->LclScaling)}) {
+    for (FbxProperty* property : std::initializer_list<FbxProperty*>{&node->LclRotation, &node->LclScaling}) {
         FbxAnimCurveNode* partial = FbxAnimCurveNode::Create(doc.Scene(), "partial");
         partial->AddChannel("X", FbxDoubleDT, 40.0);
         partial->AddChannel("Y", FbxDoubleDT, 50.0);
@@ -106,13 +108,13 @@ TEST(ConvertNode, CurveNodeChannelsOverPropertiesAndNaNReplaced) {
 
     Walk walk(doc);
     GraphNode* converted = walk.Convert(node);
-    ExpectVec3(converted->position, 10, 20, 30);
-    ExpectVec3(converted->rotation, 40, 50, 0);
-    ExpectVec3(converted->scale, 40, 50, 1);
+    ExpectVec3(converted->position, {10, 20, 30});
+    ExpectVec3(converted->rotation, {40, 50, 0});
+    ExpectVec3(converted->scale, {40, 50, 1});
     GraphNode* replaced = walk.Convert(bad);
-    ExpectVec3(replaced->position, 0, 2, 0);
-    ExpectVec3(replaced->rotation, 1, 0, 3);
-    ExpectVec3(replaced->scale, 1, 2, 1);
+    ExpectVec3(replaced->position, {0, 2, 0});
+    ExpectVec3(replaced->rotation, {1, 0, 3});
+    ExpectVec3(replaced->scale, {1, 2, 1});
 }
 
 class CameraMatrixTest : public testing::TestWithParam<TableRow> {};
@@ -137,11 +139,18 @@ TEST_P(CameraMatrixTest, LocalMatrixTurnsAQuarterAboutY) {
 
 INSTANTIATE_TEST_SUITE_P(Cameras, CameraMatrixTest, testing::ValuesIn(Table("camera_matrices.txt")), RowName);
 
+// The record's fields as text, 7 digits each.
+std::string Fields(std::initializer_list<float> values) {
+    std::ostringstream text;
+    for (float v : values) text << std::setprecision(7) << v << ' ';
+    return text.str();
+}
+
 class NodeAttributeTest : public testing::TestWithParam<TableRow> {};
 
 TEST_P(NodeAttributeTest, TakesTheRuntimeFields) {
     const TableRow& c = GetParam();
-    const std::vector<float> in = c.Floats(2), out = c.Floats(3);
+    const std::vector<float> in = c.Floats(2);
     FbxTestScene doc;
     FbxNode* node = doc.Node("n");
     Walk walk(doc);
@@ -156,14 +165,11 @@ TEST_P(NodeAttributeTest, TakesTheRuntimeFields) {
         camera->NearPlane.Set(0.5);
         camera->FarPlane.Set(250.0);
         camera->BackgroundColor.Set({0.25, 0.5, 0.75});
-        const Camera* result = walk.Convert(node)->camera;
-        ASSERT_NE(result, nullptr);
-        EXPECT_FLOAT_EQ(result->fov, out.at(0));
-        EXPECT_EQ(result->projection, int32_t(out.at(1)));
-        EXPECT_FLOAT_EQ(result->nearClip, 0.5f);
-        EXPECT_FLOAT_EQ(result->farClip, 250.0f);
-        ExpectVec3(result->clearColor, 0.25f, 0.5f, 0.75f);
-        EXPECT_FLOAT_EQ(result->orthoHeight, 4.0f);
+        const Camera* r = walk.Convert(node)->camera;
+        ASSERT_NE(r, nullptr);
+        EXPECT_EQ(Fields({r->fov, float(r->projection), r->nearClip, r->farClip, r->clearColor.x, r->clearColor.y,
+                          r->clearColor.z, r->orthoHeight}),
+                  c.Text(3) + " ");
         return;
     }
     FbxLight* light = FbxLight::Create(doc.Scene(), "lampShape");
@@ -177,17 +183,11 @@ TEST_P(NodeAttributeTest, TakesTheRuntimeFields) {
     light->Intensity.Set(250.0);
     light->CastShadows.Set(true);
     light->FarAttenuationEnd.Set(42.0);
-    const Light* result = walk.Convert(node)->light;
-    ASSERT_NE(result, nullptr);
-    EXPECT_EQ(result->type, int32_t(out.at(0)));
-    EXPECT_FLOAT_EQ(result->innerConeAngle, out.at(1));
-    EXPECT_FLOAT_EQ(result->outerConeAngle, out.at(2));
-    EXPECT_EQ(result->falloffMode, int32_t(out.at(3)));
-    ExpectVec3(result->color, 1.0f, 0.5f, 0.25f);
-    EXPECT_FLOAT_EQ(result->intensity, 2.5f);
-    EXPECT_TRUE(result->castShadows);
-    EXPECT_EQ(result->enabled, in.at(2) != 0);
-    EXPECT_FLOAT_EQ(result->range, 42.0f);
+    const Light* r = walk.Convert(node)->light;
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(Fields({float(r->type), r->innerConeAngle, r->outerConeAngle, float(r->falloffMode), r->color.x,
+                      r->color.y, r->color.z, r->intensity, float(r->castShadows), float(r->enabled), r->range}),
+              c.Text(3) + " ");
 }
 
 INSTANTIATE_TEST_SUITE_P(Attributes, NodeAttributeTest, testing::ValuesIn(Table("node_attributes.txt")), RowName);

@@ -1,14 +1,52 @@
-// The unit scaling pass at the end of an FBX load (cases in data/unit_scale.txt): stage one
-// moves the file's unit onto the root and out of the top nodes and their tracks; stage two,
-// started only by a root scale component of exactly 0.01f, brings every position down by
-// 100 instead.
+// The passes over the whole tree at the end of an FBX load: unique node names (cases in
+// data/node_names.txt), counters past three digits, node attributes that keep their names;
+// and the unit scaling (cases in data/unit_scale.txt): stage one moves the file's unit onto
+// the root and out of the top nodes and their tracks; stage two, started only by a root
+// scale component of exactly 0.01f, brings every position down by 100 instead.
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include "fbximport/fbx_node_walk.h"
 #include "import_test_support.h"
 #include "scene_builder.h"
 
 namespace {
+
+class MakeNodeNamesUniqueTest : public testing::TestWithParam<testsupport::TableRow> {};
+
+TEST_P(MakeNodeNamesUniqueTest, RenamesLaterOccurrences) {
+    const std::vector<std::string> names = GetParam().Items(1), expected = GetParam().Items(3);
+    const std::vector<float> parents = GetParam().Floats(2);
+    FbxTestScene doc;
+    std::vector<FbxNode*> nodes;
+    for (size_t k = 0; k < names.size(); ++k)
+        nodes.push_back(doc.Node(names[k], parents.at(k) < 0 ? nullptr : nodes.at(size_t(parents[k]))));
+
+    MakeNodeNamesUnique(doc.Root());
+
+    ASSERT_EQ(nodes.size(), expected.size());
+    for (size_t k = 0; k < nodes.size(); ++k) EXPECT_EQ(nodes[k]->GetName(), expected[k]) << "node " << k;
+    EXPECT_STREQ(doc.Root()->GetName(), "RootNode");
+}
+
+INSTANTIATE_TEST_SUITE_P(Trees, MakeNodeNamesUniqueTest, testing::ValuesIn(Table("node_names.txt")), RowName);
+
+TEST(MakeNodeNamesUnique, CountersGrowPastThreeDigitsAndAttributesKeepTheirNames) {
+    FbxTestScene doc;
+    std::vector<FbxNode*> nodes;
+    for (int k = 0; k < 1002; ++k) nodes.push_back(doc.Node("x"));
+    FbxNull* attribute = FbxNull::Create(doc.Scene(), "x");
+    nodes[1]->SetNodeAttribute(attribute);
+    MakeNodeNamesUnique(doc.Root());
+    EXPECT_STREQ(nodes[0]->GetName(), "x");
+    EXPECT_STREQ(nodes[7]->GetName(), "x.007");
+    EXPECT_STREQ(nodes[999]->GetName(), "x.999");
+    EXPECT_STREQ(nodes[1000]->GetName(), "x.1000");
+    EXPECT_STREQ(nodes[1001]->GetName(), "x.1001");
+    EXPECT_STREQ(attribute->GetName(), "x");
+}
 
 class ApplyUnitScaleTest : public testing::TestWithParam<testsupport::TableRow> {};
 
@@ -38,11 +76,11 @@ TEST_P(ApplyUnitScaleTest, ScalesNodesAndTracks) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), c.Text(10));
 
     ExpectVec3(root->scale, c.Floats(3));
-    ExpectVec3(root->position, 0, 0, 0);
+    ExpectVec3(root->position, {0, 0, 0});
     ExpectVec3(top->position, c.Floats(4));
     ExpectVec3(top->scale, c.Floats(5));
     ExpectVec3(leaf->position, c.Floats(6));
-    ExpectVec3(leaf->scale, 1, 1, 1);
+    ExpectVec3(leaf->scale, {1, 1, 1});
 
     const AnimationTrack& t = take->tracks[0];
     EXPECT_FLOAT_EQ(t.position.values[0].x, c.Float(7));
