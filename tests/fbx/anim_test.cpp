@@ -256,13 +256,6 @@ Record Extrapolation(const char* name, char type, int32_t repetition) {
     return record;
 }
 
-// A float's bits as the data words of a file hold them.
-int32_t Bits(float value) {
-    int32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-
 // The key fields of a curve: times, values (float or double array), attribute flags, data
 // words and counts.
 std::vector<Record> Keys(Value times, Value values, std::vector<int32_t> flags, Value words,
@@ -327,7 +320,7 @@ TEST(FbxAnimRead, DataWordsAreRawFromFloatOrIntArrays) {
     float weightsAsFloat;
     std::memcpy(&weightsAsFloat, &weights, sizeof weightsAsFloat);
     const Value asFloats = Value::FloatArray({1.5f, -2.0f, weightsAsFloat, 0.0f});
-    const Value asInts = Value::IntArray({Bits(1.5f), Bits(-2.0f), weights, 0});
+    const Value asInts = Value::IntArray({int32_t(FbxFloatToBits(1.5f)), int32_t(FbxFloatToBits(-2.0f)), weights, 0});
     for (const Value& words : {asFloats, asInts}) {
         const ReadResult r = ReadCurve(Keys(Value::LongArray({0}), Value::FloatArray({0}), {0x408}, words, {1}));
         ASSERT_TRUE(r.ok) << words.code;

@@ -17,11 +17,6 @@ std::vector<Record> WithExtension(int32_t headerVersion, int32_t fileVersion, st
     return records;
 }
 
-uint32_t LoadU32(const std::vector<uint8_t>& bytes, size_t at) {
-    return uint32_t(bytes[at]) | uint32_t(bytes[at + 1]) << 8 | uint32_t(bytes[at + 2]) << 16 |
-           uint32_t(bytes[at + 3]) << 24;
-}
-
 std::string Deflate(const std::string& data) {
     uLongf length = compressBound(static_cast<uLong>(data.size()));
     std::string out(length, '\0');
@@ -155,7 +150,7 @@ TEST(StreamOpen, HeaderExtension) {
     EXPECT_EQ(info.millisecond, 250);
     EXPECT_EQ(info.creator, "Exporter 1.0");
     // The main section starts behind the extension, whose end offset is the first word at 27.
-    EXPECT_EQ(stream->SectionOffset(0), LoadU32(bytes, 27));
+    EXPECT_EQ(stream->SectionOffset(0), bytes[27] | bytes[28] << 8 | bytes[29] << 16 | bytes[30] << 24);
     EXPECT_EQ(stream->FieldCount("FBXHeaderExtension"), 0);
     EXPECT_EQ(stream->FieldCount("Body"), 1);
 
