@@ -409,7 +409,9 @@ TEST(ConnectionTest, LongChainsAreWalkedWithoutRecursion) {
     EXPECT_EQ(file->scene->GetRootNode()->GetChildCount(true), depth);
 }
 
-TEST(ImporterStatusTest, RefusalsCarryCodeAndText) {
+using ImporterStatusTest = SceneTest;
+
+TEST_F(ImporterStatusTest, RefusalsCarryCodeAndText) {
     struct Row {
         const char* what;
         std::function<std::vector<uint8_t>()> bytes;
@@ -436,7 +438,7 @@ TEST(ImporterStatusTest, RefusalsCarryCodeAndText) {
     }
 }
 
-TEST(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
+TEST_F(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
     // Models are read in file order; the second one's block holds a record that claims
     // to end far past the file. The first stays, the loop stops, and the status makes
     // the import fail unless the check is relaxed.
@@ -457,8 +459,7 @@ TEST(ImporterStatusTest, AnUnreadableObjectBlockEndsTheObjectLoop) {
     }
 }
 
-TEST(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
-    FbxManager* manager = FbxManager::Create();
+TEST_F(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
     FbxImporter* importer = FbxImporter::Create(manager, "");
     EXPECT_FALSE(importer->Initialize(static_cast<const char*>(nullptr)));
     EXPECT_EQ(importer->GetStatus().GetErrorString(), "Uninitialized filename");
@@ -468,40 +469,33 @@ TEST(ImporterStatusTest, InitializeNeedsANameOfAKnownKind) {
     EXPECT_EQ(importer->GetStatus().GetErrorString(), "Unexpected file type");
     EXPECT_FALSE(importer->Import(nullptr));
     EXPECT_EQ(importer->GetStatus().GetErrorString(), "Invalid document handle");
-    FbxScene* scene = FbxScene::Create(manager, "s");
     EXPECT_FALSE(importer->Import(scene));
     EXPECT_EQ(importer->GetStatus().GetErrorString(), "File not opened");
-    manager->Destroy();
 }
 
-TEST(ImporterStatusTest, ProgressRunsToOneHundredAndCanStopTheObjectLoop) {
+TEST_F(ImporterStatusTest, ProgressRunsToOneHundredAndCanStopTheObjectLoop) {
     FileParts parts;
-    for (int k = 1; k <= 10; ++k) {
-        std::string name = "n" + std::to_string(k);
-        parts.objects.Child(Object("Model", k, name.c_str(), "Model", "Null"));
-    }
+    for (int k = 1; k <= 10; ++k)
+        parts.objects.Child(Object("Model", k, ("n" + std::to_string(k)).c_str(), "Model", "Null"));
+    const std::vector<uint8_t> bytes = Build(parts);
     struct Seen {
         float last = -1;
-        int calls = 0;
         bool stopAtHalf = false;
     };
     auto callback = [](void* args, float percentage, const char*) {
         Seen& s = *static_cast<Seen*>(args);
         s.last = percentage;
-        ++s.calls;
         return !(s.stopAtHalf && percentage >= 50);
     };
     for (bool stopAtHalf : {false, true}) {
-        auto file = std::make_unique<Imported>();
-        file->bytes = Build(parts);
-        Seen seen;
-        seen.stopAtHalf = stopAtHalf;
-        file->importer->SetProgressCallback(callback, &seen);
-        ASSERT_TRUE(file->importer->Initialize(file->bytes.data(), file->bytes.size(), "p.fbx"));
-        EXPECT_TRUE(file->importer->Import(file->scene));
+        FbxScene* target = FbxScene::Create(manager, "");
+        FbxImporter* importer = FbxImporter::Create(manager, "");
+        Seen seen{-1, stopAtHalf};
+        importer->SetProgressCallback(callback, &seen);
+        ASSERT_TRUE(importer->Initialize(bytes.data(), bytes.size(), "p.fbx"));
+        EXPECT_TRUE(importer->Import(target));
         EXPECT_EQ(seen.last, 100.0f);
-        int nodes = file->scene->GetSrcObjectCount<FbxNode>() - 1;  // less the root
-        EXPECT_EQ(nodes, stopAtHalf ? 5 : 10);
+        EXPECT_EQ(target->GetSrcObjectCount<FbxNode>() - 1, stopAtHalf ? 5 : 10);  // less the root
     }
 }
 
