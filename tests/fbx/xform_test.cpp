@@ -83,28 +83,6 @@ TEST(FbxMatrixTest, EulerToMatrixInEveryOrder) {
     }
 }
 
-TEST(FbxMatrixTest, MatrixToEulerRoundTripsInEveryOrder) {
-    // Second and third axis of orders 0 to 5 (see the order names).
-    const int second[6] = {1, 2, 2, 0, 0, 1};
-    const int third[6] = {2, 1, 0, 2, 1, 0};
-    const FbxVector4 angles[] = {{10, 20, 30}, {-170, 45, 100}, {30, 90, 40}, {-60, -90, 10}, {90, 90, 90}};
-    for (int order = eFbxEulerXYZ; order <= eFbxEulerZYX; ++order) {
-        for (const FbxVector4& a : angles) {
-            SCOPED_TRACE(testing::Message() << "order " << order << " angles " << a[0] << " " << a[1] << " " << a[2]);
-            const FbxAMatrix m = FbxEulerToMatrix(a, order);
-            const FbxVector4 back = FbxMatrixToEuler(m, order);
-            ExpectMatrixNear(FbxEulerToMatrix(back, order), m, 1e-9);
-            // Outside the principal range only the matrix has to survive.
-            if (std::fabs(a[second[order]]) < 90.0) {
-                ExpectVectorNear(back, a[0], a[1], a[2], 1e-9);
-            } else if (std::fabs(a[second[order]]) == 90.0) {
-                // Gimbal lock: the first axis takes the whole turn about the shared axis.
-                EXPECT_EQ(back[third[order]], 0.0);
-            }
-        }
-    }
-}
-
 TEST(FbxMatrixTest, Decomposition) {
     for (const TableRow& row : Table("matrix_decompositions.txt")) {
         SCOPED_TRACE(row[0]);
