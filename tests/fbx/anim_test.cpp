@@ -281,7 +281,7 @@ TEST(FbxAnimRead, KeysAttributesAndLengthMismatches) {
         EXPECT_EQ(r.ok ? "ok" : r.status.GetErrorString(), row[3]);
         std::string keys;
         for (int k = 0; k < r.store.KeyCount(); ++k) {
-            keys += (k > 0 ? " " : "") + std::to_string(r.store.KeyTime(k)) + ":" + Real(r.store.Value(k), 9) + ":" +
+            keys += (k > 0 ? " " : "") + std::to_string(r.store.Key(k).time) + ":" + Real(r.store.Value(k), 9) + ":" +
                     std::to_string(r.store.Flags(k)) + ":" + Real(r.store.Word(k, 0), 9) + "," +
                     Real(r.store.Word(k, 1), 9) + "," + std::to_string(r.store.Attr(k).data[2]) + ":" +
                     std::to_string(r.store.Attr(k).refCount);

@@ -153,6 +153,10 @@ std::string Probe(const FbxProperty& p, const std::string& what) {
         for (int k = 0; k < p.GetEnumCount(); ++k) out += (k > 0 ? " " : "") + std::string(p.GetEnumValue(k));
     } else if (p.GetType() == eFbxString) {
         out = p.Get<std::string>();
+    } else if (p.GetType() == eFbxFloat) {
+        out = Real(p.Get<float>(), 9);
+    } else if (p.GetType() == eFbxInt || p.GetType() == eFbxEnum) {
+        out = std::to_string(p.Get<int>());
     } else if (p.GetType() == eFbxBool) {
         out = p.Get<bool>() ? "true" : "false";
     } else if (p.GetType() == eFbxDouble3) {
