@@ -2,6 +2,7 @@
 // records, and stacks, layers and curve nodes in a scene.
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <sstream>
 
 #include "fbx/fbx_anim.h"
@@ -18,7 +19,6 @@ namespace {
 using namespace fbxtest;
 
 constexpr FbxLongLong kSecond = 141120000;
-constexpr FbxLongLong kOldSecond = 46186158000LL;
 
 TEST(FbxTime, ConversionsToTicks) {
     for (const testsupport::TableRow& row : Table("time_conversions.txt")) {
@@ -84,27 +84,16 @@ TEST(FbxAnimKeyStore, ChangingASharedAttributeGivesTheKeyItsOwnRecord) {
 
 FbxTime At(double seconds) { return FbxTime(FbxLongLong(std::llround(seconds * double(kSecond)))); }
 
+// Flag names joined by '+'; an unknown name throws, failing the test.
 uint32_t FlagBits(const std::string& names) {
-    const std::pair<const char*, uint32_t> kNames[] = {
-        {"const", kFbxInterpolationConstant},
-        {"next", kFbxConstantNext},
-        {"linear", kFbxInterpolationLinear},
-        {"user", kFbxInterpolationCubic | kFbxTangentUser},
-        {"auto", kFbxInterpolationCubic | kFbxTangentAuto},
-        {"ti", kFbxTangentTimeIndependent},
-        {"tcb", kFbxInterpolationCubic | kFbxTangentTCB},
-        {"weighted", kFbxWeightedMask},
-        {"wright", kFbxWeightedRight},
-    };
+    const std::map<std::string, uint32_t> kNames = {
+        {"const", kFbxInterpolationConstant}, {"next", kFbxConstantNext}, {"linear", kFbxInterpolationLinear},
+        {"user", kFbxInterpolationCubic | kFbxTangentUser}, {"auto", kFbxInterpolationCubic | kFbxTangentAuto},
+        {"ti", kFbxTangentTimeIndependent}, {"tcb", kFbxInterpolationCubic | kFbxTangentTCB},
+        {"weighted", kFbxWeightedMask}, {"wright", kFbxWeightedRight}};
     uint32_t flags = 0;
     std::stringstream in(names);
-    for (std::string name; std::getline(in, name, '+');) {
-        bool known = false;
-        for (const auto& [text, bits] : kNames) {
-            if (name == text) flags |= bits, known = true;
-        }
-        EXPECT_TRUE(known) << name;
-    }
+    for (std::string name; std::getline(in, name, '+');) flags |= kNames.at(name);
     return flags;
 }
 
@@ -209,11 +198,27 @@ TEST(FbxAnimEval, KeysSharingATimeGiveNoInfinity) {
     }
 }
 
-struct FileKind {
-    uint32_t version = 7400;
-    int32_t headerVersion = 1003;
-    std::optional<int32_t> tcDefinition;
-};
+// A value as curve_reads.txt writes it: its code, then its numbers.
+Value TableValue(const std::string& text) {
+    std::stringstream in(text);
+    char code = 0;
+    in >> code;
+    std::vector<std::string> items;
+    for (std::string item; in >> item;) items.push_back(item);
+    std::vector<int64_t> ints;
+    std::vector<double> reals;
+    std::vector<float> floats;
+    for (const std::string& item : items) {
+        if (code == 'l' || code == 'i') ints.push_back(std::stoll(item));
+        reals.push_back(item[0] == '#' ? 0.0 : testsupport::Number(item));
+        floats.push_back(item[0] == '#' ? FbxBitsToFloat(uint32_t(std::stoul(item.substr(1)))) : float(reals.back()));
+    }
+    if (code == 'l') return Value::LongArray(ints);
+    if (code == 'i') return Value::IntArray(std::vector<int32_t>(ints.begin(), ints.end()));
+    if (code == 'f') return Value::FloatArray(floats);
+    if (code == 'd') return Value::DoubleArray(reals);
+    return Value::Double(reals.at(0));
+}
 
 struct ReadResult {
     bool ok = false;
@@ -221,16 +226,31 @@ struct ReadResult {
     FbxAnimKeyStore store;
 };
 
-// Writes a file whose Objects hold one AnimationCurve with the given fields, opens it the
-// way the reader does and reads the curve's keys.
-ReadResult ReadCurve(std::vector<Record> fields, FileKind kind = {}) {
+// Writes a file of the given version, header version and time-unit definition whose
+// Objects hold one AnimationCurve of the fields ("Name=value; ..."), opens it the way the
+// reader does and reads the curve's keys. Extrapolations are written "Type repetitions".
+ReadResult ReadCurve(const std::string& kind, const std::string& fields) {
+    std::stringstream kindWords(kind);
+    uint32_t version = 0;
+    int32_t headerVersion = 0;
+    std::string definition;
+    kindWords >> version >> headerVersion >> definition;
     Record objects("Objects");
     Record& curve = objects.Child(fbxwriter::ObjectRecord("AnimationCurve", 7, "", "AnimCurve", ""));
-    for (Record& field : fields) curve.Child(std::move(field));
-    fbxwriter::Options options;
-    options.version = kind.version;
-    const std::vector<uint8_t> bytes = fbxwriter::Write(
-        {fbxwriter::HeaderExtension(kind.headerVersion, int32_t(kind.version), kind.tcDefinition), objects}, options);
+    std::stringstream in(fields);
+    for (std::string field; std::getline(in, field, ';');) {
+        const size_t start = field.find_first_not_of(' '), eq = field.find('=');
+        Record& record = curve.Add(field.substr(start, eq - start));
+        if (record.name.find("Extrapolation") == std::string::npos) {
+            record.Add(TableValue(field.substr(eq + 1)));
+        } else {
+            record.Add("Type").Char(field[eq + 1]);
+            record.Add("Repetition").Int(std::stoi(field.substr(eq + 2)));
+        }
+    }
+    const std::optional<int32_t> tc = definition == "-" ? std::nullopt : std::optional(std::stoi(definition));
+    const std::vector<uint8_t> bytes =
+        fbxwriter::Write({fbxwriter::HeaderExtension(headerVersion, int32_t(version), tc), objects}, Version(version));
 
     ReadResult result;
     FbxStatus openStatus;
@@ -243,145 +263,32 @@ ReadResult ReadCurve(std::vector<Record> fields, FileKind kind = {}) {
     return result;
 }
 
-Record Field(const char* name, Value value) {
-    Record record(name);
-    record.Add(std::move(value));
-    return record;
-}
-
-Record Extrapolation(const char* name, char type, int32_t repetition) {
-    Record record(name);
-    record.Add("Type").Char(type);
-    record.Add("Repetition").Int(repetition);
-    return record;
-}
-
-// A float's bits as the data words of a file hold them.
-int32_t Bits(float value) {
-    int32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
-
-// The key fields of a curve: times, values (float or double array), attribute flags, data
-// words and counts.
-std::vector<Record> Keys(Value times, Value values, std::vector<int32_t> flags, Value words,
-                         std::vector<int32_t> counts) {
-    return {Field("KeyTime", times), Field(values.code == 'd' ? "KeyValueDouble" : "KeyValueFloat", values),
-            Field("KeyAttrFlags", Value::IntArray(flags)), Field("KeyAttrDataFloat", words),
-            Field("KeyAttrRefCount", Value::IntArray(counts))};
-}
-
-// A well-formed curve of 3 keys at 0, 1, 2 old-unit seconds: one linear record for key 0,
-// one cubic user record shared by keys 1 and 2.
-std::vector<Record> ThreeKeys() {
-    return Keys(Value::LongArray({0, kOldSecond, 2 * kOldSecond}), Value::FloatArray({1.0f, 2.0f, 4.0f}),
-                {0x4, 0x408}, Value::FloatArray({0, 0, 0, 0, 1.5f, 2.5f, 0, 0}), {1, 2});
-}
-
-TEST(FbxAnimRead, KeyTimesFollowTheTimeUnitDefinition) {
-    struct Row {
-        const char* name;
-        FileKind kind;
-        int64_t oneSecond;  // how the key written as 46186158000 reads
-    };
-    const Row rows[] = {
-        {"no definition (header 1003): old unit", {7400, 1003, std::nullopt}, kSecond},
-        {"definition 127", {7700, 1004, 127}, kSecond},
-        {"definition 127 in a 7600 file", {7600, 1004, 127}, kOldSecond},
-        {"another definition", {7500, 1004, 0}, kOldSecond},
-    };
-    for (const Row& row : rows) {
-        const ReadResult r = ReadCurve(ThreeKeys(), row.kind);
-        EXPECT_TRUE(r.ok) << row.name;
-        ASSERT_EQ(r.store.KeyCount(), 3) << row.name;
-        EXPECT_EQ(r.store.Key(1).time, row.oneSecond) << row.name;
-        EXPECT_EQ(r.store.Key(2).time, 2 * row.oneSecond) << row.name;
+TEST(FbxAnimRead, KeysAttributesAndLengthMismatches) {
+    for (const testsupport::TableRow& row : Table("curve_reads.txt")) {
+        SCOPED_TRACE(testing::Message() << "line " << row.line << ": " << row[0]);
+        const ReadResult r = ReadCurve(row[1], row[2]);
+        EXPECT_EQ(r.ok, row[3] == "ok");
+        EXPECT_EQ(r.ok ? "ok" : r.status.GetErrorString(), row[3]);
+        std::string keys;
+        for (int k = 0; k < r.store.KeyCount(); ++k) {
+            keys += (k > 0 ? " " : "") + std::to_string(r.store.Key(k).time) + ":" + Real(r.store.Value(k), 9) + ":" +
+                    std::to_string(r.store.Flags(k)) + ":" + Real(r.store.Word(k, 0), 9) + "," +
+                    Real(r.store.Word(k, 1), 9) + "," + std::to_string(r.store.Attr(k).data[2]) + ":" +
+                    std::to_string(r.store.Attr(k).refCount);
+        }
+        EXPECT_EQ(keys, row[4]);
     }
 }
 
-TEST(FbxAnimRead, AttributeRecordsHoldRunsOfKeys) {
-    // Counts (3, 2) over 5 keys: keys 0 to 2 share record 0, keys 3 and 4 record 1.
-    const Value eightWords = Value::FloatArray({0, 0, 0, 0, 0, 0, 0, 0});
-    const ReadResult r = ReadCurve(
-        Keys(Value::LongArray({0, 1, 2, 3, 4}), Value::FloatArray({0, 1, 2, 3, 4}), {0x2, 0x4}, eightWords, {3, 2}));
+TEST(FbxAnimRead, DefaultAndExtrapolation) {
+    const ReadResult r = ReadCurve("7400 1003 -", "Default=D 2.5; Pre-Extrapolation=M2; Post-Extrapolation=K-1");
     ASSERT_TRUE(r.ok);
-    ASSERT_EQ(r.store.KeyCount(), 5);
-    for (int k = 0; k < 5; ++k) EXPECT_EQ(r.store.Flags(k), k < 3 ? 0x2u : 0x4u) << k;
-    EXPECT_EQ(&r.store.Attr(0), &r.store.Attr(2));
-    EXPECT_EQ(r.store.Attr(0).refCount, 3);
-    EXPECT_EQ(r.store.Attr(4).refCount, 2);
-
-    // A count list of another length than the flags counts one key a record.
-    const ReadResult one =
-        ReadCurve(Keys(Value::LongArray({0, 1}), Value::FloatArray({0, 1}), {0x2, 0x4}, eightWords, {2}));
-    ASSERT_TRUE(one.ok);
-    EXPECT_EQ(one.store.Flags(0), 0x2u);
-    EXPECT_EQ(one.store.Flags(1), 0x4u);
-}
-
-TEST(FbxAnimRead, DataWordsAreRawFromFloatOrIntArrays) {
-    // Word 2 holds two 16-bit weights (3333 each); as a float it is a tiny number whose
-    // bits must survive untouched.
-    const int32_t weights = (3333 << 16) | 3333;
-    float weightsAsFloat;
-    std::memcpy(&weightsAsFloat, &weights, sizeof weightsAsFloat);
-    const Value asFloats = Value::FloatArray({1.5f, -2.0f, weightsAsFloat, 0.0f});
-    const Value asInts = Value::IntArray({Bits(1.5f), Bits(-2.0f), weights, 0});
-    for (const Value& words : {asFloats, asInts}) {
-        const ReadResult r = ReadCurve(Keys(Value::LongArray({0}), Value::FloatArray({0}), {0x408}, words, {1}));
-        ASSERT_TRUE(r.ok) << words.code;
-        EXPECT_EQ(r.store.Word(0, 0), 1.5f) << words.code;
-        EXPECT_EQ(r.store.Word(0, 1), -2.0f) << words.code;
-        EXPECT_EQ(r.store.Attr(0).data[2], uint32_t(weights)) << words.code;
-    }
-}
-
-TEST(FbxAnimRead, LengthMismatchesKeepTheKeysRead) {
-    struct Row {
-        const char* name;
-        size_t field;  // which of ThreeKeys' fields is replaced
-        Value value;
-        bool valuesKept;
-    };
-    const Row rows[] = {
-        {"two values for three keys", 1, Value::FloatArray({1, 2}), false},
-        {"seven data words for two records", 3, Value::FloatArray({0, 0, 0, 0, 0, 0, 0}), true},
-        {"counts summing to four", 4, Value::IntArray({2, 2}), true},
-        {"a negative count", 4, Value::IntArray({4, -1}), true},
-    };
-    for (const Row& row : rows) {
-        std::vector<Record> fields = ThreeKeys();
-        fields[row.field].values = {row.value};
-        const ReadResult r = ReadCurve(std::move(fields));
-        EXPECT_FALSE(r.ok) << row.name;
-        EXPECT_EQ(r.status.GetCode(), kFbxFailure) << row.name;
-        EXPECT_EQ(r.status.GetErrorString(), "Corrupted animation data.") << row.name;
-        ASSERT_EQ(r.store.KeyCount(), 3) << row.name;
-        EXPECT_EQ(r.store.Key(2).time, 2 * kSecond) << row.name;
-        EXPECT_EQ(r.store.Value(2), row.valuesKept ? 4.0f : 0.0f) << row.name;
-    }
-}
-
-TEST(FbxAnimRead, DoubleValuesDefaultAndExtrapolation) {
-    std::vector<Record> fields = Keys(Value::LongArray({0, kOldSecond}), Value::DoubleArray({0.1, 3.0}), {0x4},
-                                      Value::FloatArray({0, 0, 0, 0}), {2});
-    fields.push_back(Field("Default", Value::Double(2.5)));
-    fields.push_back(Extrapolation("Pre-Extrapolation", 'M', 2));
-    fields.push_back(Extrapolation("Post-Extrapolation", 'K', -1));
-    const ReadResult r = ReadCurve(std::move(fields));
-    ASSERT_TRUE(r.ok);
-    EXPECT_EQ(r.store.Value(0), 0.1f);
-    EXPECT_EQ(r.store.defaultValue, 2.5f);
+    EXPECT_EQ(r.store.KeyCount(), 0);
+    EXPECT_EQ(EvaluateCurve(r.store, FbxTime(kSecond)), 2.5f);
     EXPECT_EQ(r.store.preExtrapolation, FbxExtrapolation::MirrorRepetition);
     EXPECT_EQ(r.store.preExtrapolationCount, 2u);
     EXPECT_EQ(r.store.postExtrapolation, FbxExtrapolation::KeepSlope);
     EXPECT_EQ(r.store.postExtrapolationCount, kFbxUnlimited);
-
-    const ReadResult empty = ReadCurve({Field("Default", Value::Double(-4.0))});
-    EXPECT_TRUE(empty.ok);
-    EXPECT_EQ(empty.store.KeyCount(), 0);
-    EXPECT_EQ(EvaluateCurve(empty.store, FbxTime(kSecond)), -4.0f);
 }
 
 struct FbxAnimObjects : SceneTest {

@@ -1,11 +1,10 @@
 // The fixture builder of the FBX tests: files made by the project's writer (binary or
 // text), opened from memory the way the reader opens them or imported into a fresh
-// manager; record values rendered as text for comparison; matrix comparisons.
+// manager; record values rendered as text for comparison.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
@@ -19,7 +18,6 @@
 #include "fbx/fbx_field_stream.h"
 #include "fbx/fbx_importer.h"
 #include "fbx/fbx_manager.h"
-#include "fbx/fbx_matrix.h"
 #include "fbx/fbx_node.h"
 #include "fbx_writer.h"
 #include "text_table.h"
@@ -163,21 +161,11 @@ inline std::vector<uint8_t> Build(const FileParts& parts) {
     return fbxwriter::Write(records, Version(parts.version));
 }
 
-// An object record with its Properties70 block; P records go into Props(record).
+// An object record with its (empty) Properties70 block.
 inline Record Object(const char* record, int64_t id, const char* name, const char* className, const char* subType) {
     Record r = fbxwriter::ObjectRecord(record, id, name, className, subType);
     r.Add("Properties70").block = true;
     return r;
-}
-
-inline Record& Props(Record& object) {
-    for (Record& child : object.children)
-        if (child.name == "Properties70") return child;
-    return object.Add("Properties70");
-}
-
-inline Record& P(Record& object, const char* name, const char* type, const char* subType, const char* flags) {
-    return Props(object).Child(fbxwriter::PropertyRecord(name, type, subType, flags));
 }
 
 struct Imported {
@@ -229,37 +217,11 @@ inline std::function<void(FbxIOSettings&)> Relaxed(bool relaxed = true) {
     return [relaxed](FbxIOSettings& s) { s.SetBoolProp(Option("RelaxedFbxCheck").c_str(), relaxed); };
 }
 
-using Rows3 = std::array<std::array<double, 3>, 3>;
-
-// The 3x3 part row by row (row i = image of axis i) within a tolerance.
-inline void ExpectRowsNear(const FbxAMatrix& m, const Rows3& rows, double tolerance = 1e-12) {
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(m.data[r][c], rows[r][c], tolerance) << "row " << r << " column " << c;
-}
-
-inline void ExpectVectorNear(const FbxVector4& v, double x, double y, double z, double tolerance = 1e-12) {
-    EXPECT_NEAR(v[0], x, tolerance);
-    EXPECT_NEAR(v[1], y, tolerance);
-    EXPECT_NEAR(v[2], z, tolerance);
-}
-
-inline void ExpectMatrixNear(const FbxAMatrix& a, const FbxAMatrix& b, double tolerance = 1e-12) {
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) EXPECT_NEAR(a.data[r][c], b.data[r][c], tolerance) << "row " << r << " column " << c;
-}
-
 // A manager with an empty scene, for tests that build documents by hand.
 struct SceneTest : ::testing::Test {
     FbxManager* manager = FbxManager::Create();
     FbxScene* scene = FbxScene::Create(manager, "My Scene");
     ~SceneTest() override { manager->Destroy(); }
-
-    FbxNode* Child(FbxNode* parent, const char* name) {
-        FbxNode* node = FbxNode::Create(scene, name);
-        parent->AddChild(node);
-        return node;
-    }
 };
 
 }  // namespace fbxtest

@@ -2,7 +2,7 @@
 // sections, unreadable blocks), values and arrays of every code, field navigation.
 #include <zlib.h>
 
-#include <cstdlib>
+#include <fstream>
 
 #include "fbx/fbx_ascii_version.h"
 #include "fbx_fixture.h"
@@ -15,11 +15,6 @@ namespace {
 std::vector<Record> WithExtension(int32_t headerVersion, int32_t fileVersion, std::vector<Record> records) {
     records.insert(records.begin(), fbxwriter::HeaderExtension(headerVersion, fileVersion));
     return records;
-}
-
-uint32_t LoadU32(const std::vector<uint8_t>& bytes, size_t at) {
-    return uint32_t(bytes[at]) | uint32_t(bytes[at + 1]) << 8 | uint32_t(bytes[at + 2]) << 16 |
-           uint32_t(bytes[at + 3]) << 24;
 }
 
 std::string Deflate(const std::string& data) {
@@ -155,7 +150,7 @@ TEST(StreamOpen, HeaderExtension) {
     EXPECT_EQ(info.millisecond, 250);
     EXPECT_EQ(info.creator, "Exporter 1.0");
     // The main section starts behind the extension, whose end offset is the first word at 27.
-    EXPECT_EQ(stream->SectionOffset(0), LoadU32(bytes, 27));
+    EXPECT_EQ(stream->SectionOffset(0), bytes[27] | bytes[28] << 8 | bytes[29] << 16 | bytes[30] << 24);
     EXPECT_EQ(stream->FieldCount("FBXHeaderExtension"), 0);
     EXPECT_EQ(stream->FieldCount("Body"), 1);
 
@@ -592,23 +587,16 @@ namespace {
 // Resident bytes of this process's mapping of `path` (its "Rss:" in /proc/self/smaps), or
 // -1 when the file is not mapped.
 int64_t MappedResidentBytes(const std::string& path) {
-    std::FILE* smaps = std::fopen("/proc/self/smaps", "r");
-    if (!smaps) return -1;
-    char line[4096];
+    std::ifstream smaps("/proc/self/smaps");
     bool inside = false;
-    int64_t rss = -1;
-    while (std::fgets(line, sizeof line, smaps)) {
-        std::string_view text(line);
-        if (text.find('-') < text.find(' ')) {  // a mapping's first line: "start-end perms ... path"
-            while (!text.empty() && text.back() == '\n') text.remove_suffix(1);
-            inside = text.size() >= path.size() && text.substr(text.size() - path.size()) == path;
-        } else if (inside && text.rfind("Rss:", 0) == 0) {
-            rss = std::strtoll(line + 4, nullptr, 10) * 1024;
-            break;
+    for (std::string line; std::getline(smaps, line);) {
+        if (line.find('-') < line.find(' ')) {  // a mapping's first line: "start-end perms ... path"
+            inside = line.size() >= path.size() && line.compare(line.size() - path.size(), path.size(), path) == 0;
+        } else if (inside && line.rfind("Rss:", 0) == 0) {
+            return std::stoll(line.substr(4)) * 1024;
         }
     }
-    std::fclose(smaps);
-    return rss;
+    return -1;
 }
 
 }  // namespace
