@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "gltf/glb_builder.h"
+#include "gltf/glb_json_write.h"
 #include "gltf/glb_mesh_export.h"
 #include "gltf/glb_node_export.h"
 #include "gltf/glb_skin_export.h"
@@ -33,21 +34,6 @@ std::vector<GlbMesh> Meshes(const Scene& scene, GlbBuilder& b, std::vector<GlbNo
 
 void PutMatrix(std::vector<uint8_t>& out, const Mat4& m) {
     for (float f : m.m) PutBytes<float>(out, {f});
-}
-
-TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
-    Scene scene;
-    MeshInstance* first = OneInstanceScene(scene, Triangle(scene));
-    MeshInstance* strip = NewInstance(scene, *scene.root->geometry, first->vertices, {2, 1, 0});
-    strip->primitiveType = 4;  // triangle strip: mode 5
-
-    std::vector<uint8_t> expected;
-    PutBytes<uint16_t>(expected, {0, 1, 2});
-    PadTo4(expected);
-    PutBytes<float>(expected, {0, 0, 0, 1, 0, 0, 0, 1, 0});
-    PutBytes<uint16_t>(expected, {2, 1, 0});
-    PadTo4(expected);
-    EXPECT_EQ(ExpectChunk(scene, "shared_vertices").bin, expected);
 }
 
 TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
@@ -159,104 +145,12 @@ TEST(GlbMeshExport, JointsBelow256AreBytesAndColoursOfThreeFloatsFillFourByteSlo
     EXPECT_EQ(b.data, expected);
 }
 
-TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
-    Scene scene;
-    VertexData* v = Triangle(scene);
-    v->texCoords[3] = {0, 0, 1, 0, 0, 1};
-    OneInstanceScene(scene, v);
-    ExpectFragments(scene, "texcoord3");
-}
-
-TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
-    Scene scene;
-    VertexData* v = Triangle(scene);
-    v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
-    MeshInstance* mi = OneInstanceScene(scene, v);
-
-    mi->morph = New<Morph>(scene);
-    MorphTarget* smile = New<MorphTarget>(scene, 3u);
-    smile->deltaPositions[3] = 0.5f;
-    smile->name = "smile";
-    smile->defaultWeight = 0.25f;
-    Compact(*smile, FLT_EPSILON);
-    MorphTarget* blink = New<MorphTarget>(scene, 3u);
-    blink->name = "blink";
-    Compact(*blink, FLT_EPSILON);
-    ASSERT_EQ(smile->count, 1u);
-    ASSERT_EQ(blink->count, 0u);
-    mi->morph->targets = {smile, blink};
-
-    GlbParts glb = ExpectChunk(scene, "morph");
-    ASSERT_EQ(glb.bin.size(), 108u);
-    std::vector<uint8_t> tail;
-    PutBytes<uint32_t>(tail, {1});
-    PutBytes<float>(tail, {0.5f, 0, 0, 0, 0, 0});
-    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 80, glb.bin.end()), tail);
-}
-
-TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
-    Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
-    mi->morph = New<Morph>(scene);
-    MorphTarget* t = New<MorphTarget>(scene, 3u);
-    t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
-    Compact(*t, FLT_EPSILON);
-    mi->morph->targets = {t};
-    ExpectFragments(scene, "morph_no_base_normal");
-}
-
-TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
-    Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
-    DracoPayload payload;
-    payload.vertexCount = 3;
-    payload.indexCount = 3;
-    payload.data = {1, 2, 3, 4, 5};
-    // semantic, componentType, components, normalized, byteOffset, attributeId, min, max;
-    // the colour is written without "normalized" all the same.
-    payload.attributes = {{0, 0, 3, 0, 0, 0, {0, 0, 0}, {1, 1, 0}}, {4, 0, 4, 1, 12, 1, {}, {}}, {7, 0, 2, 0, 0, 2, {}, {}}};
-    mi->compressed = payload;
-
-    EXPECT_EQ(ExpectChunk(scene, "draco").bin, (std::vector<uint8_t>{1, 2, 3, 4, 5, 0, 0, 0}));
-}
-
 Mat4 Translation(float x, float y, float z) {
     Mat4 m;
     m[12] = x;
     m[13] = y;
     m[14] = z;
     return m;
-}
-
-TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
-    Scene scene;
-    scene.root = NewNode("root", 10);
-    NewNode("j1", 11, scene.root);
-    NewNode("j2", 12, scene.root);
-    GraphNode* a = NewNode("a", 13, scene.root);
-    GraphNode* b = NewNode("b", 14, scene.root);
-
-    VertexData* v = Triangle(scene);
-    v->joints = {0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 0};
-    v->weights = {0.5f, 0.5f, 0, 0, 0.5f, 0.5f, 0, 0, 1, 0, 0, 0};
-    Skin* skin = New<Skin>(scene);
-    skin->joints = {11, 99, 12};
-    skin->inverseBindMatrices = {Translation(1, 2, 3), Translation(7, 7, 7), Translation(4, 5, 6)};
-    Geometry* ga = NewGeometry(scene, "ga", 0);
-    NewInstance(scene, *ga, v, {0, 1, 2})->skin = skin;
-    Geometry* gb = NewGeometry(scene, "gb", 1);
-    NewInstance(scene, *gb, v, {0, 2, 1})->skin = skin;  // same vertex data in another mesh
-    a->geometry = ga;
-    b->geometry = gb;
-
-    testing::internal::CaptureStdout();
-    GlbParts glb = ExpectFragments(scene, "skin");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "GLB skin convertion error - failed to find a node 99\n");
-    ASSERT_GE(glb.bin.size(), 232u);
-    std::vector<uint8_t> matrices;
-    PutMatrix(matrices, Translation(1, 2, 3));
-    PutMatrix(matrices, Translation(4, 5, 6));
-    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 104, glb.bin.begin() + 232), matrices);
 }
 
 TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
@@ -288,6 +182,13 @@ TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
     PutMatrix(expected, Mat4{});
     EXPECT_EQ(b.data, expected);
     EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
+}
+
+TEST(GlbJson, BoundTextHasTenSignificantDigits) {
+    const std::pair<float, const char*> rows[] = {{0.1f, "0.1000000015"},   {0.5f, "0.5"},
+                                                  {1.23456789012f, "1.234567881"}, {-2.0f, "-2"},
+                                                  {1e20f, "1.00000002e+20"}, {1e-7f, "1.000000012e-07"}};
+    for (const auto& [value, text] : rows) EXPECT_EQ(FormatBoundValue(value), text);
 }
 
 TEST(GlbNodeExport, NodesAreNumberedDepthFirstParentsFirst) {
@@ -354,12 +255,4 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
     EXPECT_EQ(nodes[1].mesh, 1);
 }
 
-TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
-    Scene scene;
-    Skin* skin = New<Skin>(scene);
-    skin->joints = {0};
-    skin->inverseBindMatrices = {Mat4{}};
-    OneInstanceScene(scene, Triangle(scene))->skin = skin;
-    ExpectChunk(scene, "identity", AnimationOptions({"none"}));  // no meshes, no skins
-}
 }  // namespace
