@@ -9,7 +9,6 @@
 #include "gltf/glb_json_write.h"
 #include "gltf/glb_mesh_export.h"
 #include "gltf/glb_node_export.h"
-#include "gltf/glb_skin_export.h"
 #include "gltf/glb_vertex_export.h"
 #include "write_test_support.h"
 
@@ -30,10 +29,6 @@ std::vector<GlbMesh> Meshes(const Scene& scene, GlbBuilder& b, std::vector<GlbNo
     ExportMeshes(nodes, b, meshes, skins);
     if (nodesOut) *nodesOut = nodes;
     return meshes;
-}
-
-void PutMatrix(std::vector<uint8_t>& out, const Mat4& m) {
-    for (float f : m.m) PutBytes<float>(out, {f});
 }
 
 TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
@@ -145,14 +140,6 @@ TEST(GlbMeshExport, JointsBelow256AreBytesAndColoursOfThreeFloatsFillFourByteSlo
     EXPECT_EQ(b.data, expected);
 }
 
-Mat4 Translation(float x, float y, float z) {
-    Mat4 m;
-    m[12] = x;
-    m[13] = y;
-    m[14] = z;
-    return m;
-}
-
 TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
     // A Draco stream that failed to decode leaves an instance without vertex data.
     Scene scene;
@@ -170,45 +157,11 @@ TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
     EXPECT_EQ(meshes[0].primitives[1].indices, 2);  // the index list is not shared: a new block
 }
 
-TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
-    Skin skin;
-    skin.joints = {4, 5};
-    skin.inverseBindMatrices = {Translation(1, 2, 3)};
-    GlbBuilder b;
-    GlbSkin out = ExportSkin(skin, b, {{4, 0}, {5, 1}});
-    EXPECT_EQ(out.joints, (std::vector<int32_t>{0, 1}));
-    std::vector<uint8_t> expected;
-    PutMatrix(expected, Translation(1, 2, 3));
-    PutMatrix(expected, Mat4{});
-    EXPECT_EQ(b.data, expected);
-    EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
-}
-
 TEST(GlbJson, BoundTextHasTenSignificantDigits) {
     const std::pair<float, const char*> rows[] = {{0.1f, "0.1000000015"},   {0.5f, "0.5"},
                                                   {1.23456789012f, "1.234567881"}, {-2.0f, "-2"},
                                                   {1e20f, "1.00000002e+20"}, {1e-7f, "1.000000012e-07"}};
     for (const auto& [value, text] : rows) EXPECT_EQ(FormatBoundValue(value), text);
-}
-
-TEST(GlbNodeExport, NodesAreNumberedDepthFirstParentsFirst) {
-    // root -> (a -> (a1 -> a11), b -> b1): a subtree is numbered whole before its next sibling.
-    GraphNode* root = NewNode("root", 0);
-    GraphNode* a = NewNode("a", 1, root);
-    NewNode("a11", 3, NewNode("a1", 2, a));
-    NewNode("b1", 5, NewNode("b", 4, root));
-    std::vector<GlbNode> nodes = ExportNodes(root);
-    delete root;
-    ASSERT_EQ(nodes.size(), 6u);
-    const char* names[] = {"root", "a", "a1", "a11", "b", "b1"};
-    const std::vector<int32_t> children[] = {{1, 4}, {2}, {3}, {}, {5}, {}};
-    for (size_t i = 0; i < 6; ++i) {
-        SCOPED_TRACE(names[i]);
-        EXPECT_EQ(nodes[i].index, int32_t(i));
-        EXPECT_EQ(nodes[i].name, names[i]);
-        EXPECT_EQ(nodes[i].children, children[i]);
-    }
-    EXPECT_EQ(nodes[4].id, 4u);
 }
 
 TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone) {
