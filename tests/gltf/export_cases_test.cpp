@@ -11,11 +11,8 @@
 #include <cmath>
 #include <sstream>
 
-#include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
 #include "file_contents.h"
+#include "gltf_case.h"
 #include "text_table.h"
 #include "write_test_support.h"
 
@@ -177,26 +174,7 @@ std::vector<uint8_t> Bytes(const Json& items) {
     return out;
 }
 
-struct Case {
-    std::string name;
-    std::string json;
-};
-void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
-
-std::vector<Case> Cases() {
-    rapidjson::Document list;
-    list.Parse(testsupport::ReadFileText(std::string(VURL_SOURCE_DIR) + "/tests/gltf/data/export_cases.json").c_str());
-    std::vector<Case> cases;
-    for (const Json& c : list.GetArray()) {
-        rapidjson::StringBuffer text;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-        c.Accept(writer);
-        cases.push_back({c["case"].GetString(), text.GetString()});
-    }
-    return cases;
-}
-
-class ExportCase : public testing::TestWithParam<Case> {};
+class ExportCase : public testing::TestWithParam<gltftest::Case> {};
 
 TEST_P(ExportCase, WritesTheCheckedChunks) {
     rapidjson::Document c;
@@ -215,7 +193,7 @@ TEST_P(ExportCase, WritesTheCheckedChunks) {
     const GlbParts glb = WriteAndRead(scene, options, GetParam().name);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), c.HasMember("stdout") ? c["stdout"].GetString() : "");
     ASSERT_TRUE(glb.ok) << glb.error;
-    const std::string data = std::string(VURL_SOURCE_DIR) + "/tests/gltf/data/";
+    const std::string data = std::string(VURL_GLTF_DATA_DIR) + "/";
     if (c.HasMember("chunk")) {
         std::string expected = testsupport::ReadFileText(data + c["chunk"].GetString() + ".json");
         EXPECT_EQ(TrimmedJson(glb) + "\n", expected);
@@ -237,6 +215,5 @@ TEST_P(ExportCase, WritesTheCheckedChunks) {
     EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + std::ptrdiff_t(at), glb.bin.begin() + std::ptrdiff_t(at + expected.size())), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Data, ExportCase, testing::ValuesIn(Cases()),
-                         [](const testing::TestParamInfo<Case>& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Data, ExportCase, testing::ValuesIn(gltftest::CasesOf({"export_cases"})), gltftest::CaseName);
 }  // namespace
