@@ -14,6 +14,7 @@
 #include "file_contents.h"
 #include "gltf_case.h"
 #include "text_table.h"
+#include "gltf/glb_vertex_export.h"
 #include "write_test_support.h"
 
 namespace {
@@ -66,18 +67,18 @@ Json::ConstArray Items(const Json& object, const char* member) {
     return (object.HasMember(member) ? object[member] : kNone).GetArray();
 }
 
+void ReadVertices(const Json& j, VertexData& v) {
+    v.positions = List(j, "positions"), v.normals = List(j, "normals"), v.colors = List(j, "colors");
+    v.joints = List<uint16_t>(j, "joints"), v.weights = List(j, "weights");
+    for (int set = 0; set < 8; ++set) v.texCoords[set] = List(j, ("uv" + std::to_string(set)).c_str());
+}
+
 class SceneReader {
 public:
     explicit SceneReader(Scene& scene) : scene_(scene) {}
 
     void Read(const Json& s) {
-        for (const Json& j : Items(s, "vertices")) {
-            VertexData* v = New<VertexData>(scene_);
-            v->positions = List(j, "positions"), v->normals = List(j, "normals"), v->colors = List(j, "colors");
-            v->joints = List<uint16_t>(j, "joints"), v->weights = List(j, "weights");
-            for (int set = 0; set < 8; ++set) v->texCoords[set] = List(j, ("uv" + std::to_string(set)).c_str());
-            vertices_.push_back(v);
-        }
+        for (const Json& j : Items(s, "vertices")) ReadVertices(j, *vertices_.emplace_back(New<VertexData>(scene_)));
         for (const Json& j : Items(s, "skins")) {
             Skin* skin = New<Skin>(scene_);
             skin->joints = List<int64_t>(j, "joints");
@@ -214,6 +215,44 @@ TEST_P(ExportCase, WritesTheCheckedChunks) {
     }
     EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + std::ptrdiff_t(at), glb.bin.begin() + std::ptrdiff_t(at + expected.size())), expected);
 }
+
+// The vertex block of data/vertex_blocks.json's "vertices" written after "skip" bytes: its
+// view as "offset stride length target", each attribute as "NAME accessor at offset
+// componentType x components [normalized] count n [min .. max ..]", and the bytes.
+class VertexBlock : public testing::TestWithParam<gltftest::Case> {};
+
+std::string Numbers(const std::vector<float>& values) {
+    std::string out;
+    for (float v : values) out += (out.empty() ? "" : ",") + testing::PrintToString(v);
+    return out;
+}
+
+TEST_P(VertexBlock, IsInterleavedAsExpected) {
+    rapidjson::Document c;
+    c.Parse(GetParam().json.c_str());
+    VertexData v;
+    ReadVertices(c["vertices"], v);
+    GlbBuilder b;
+    b.data.resize(c["skip"].GetUint());
+    std::string layout;
+    for (const auto& [name, index] : ExportVertexData(b, v)) {
+        const GlbAccessor& a = b.accessors[size_t(index)];
+        layout += name + " " + std::to_string(index) + " at " + std::to_string(a.byteOffset) + " " +
+                  std::to_string(a.format.componentType) + "x" + std::to_string(a.format.components) +
+                  (a.normalized ? " normalized" : "") + " count " + std::to_string(a.count) +
+                  (a.min.empty() ? "" : " min " + Numbers(a.min) + " max " + Numbers(a.max)) + "\n";
+    }
+    std::string expected;
+    for (const Json& line : c["layout"].GetArray()) expected += std::string(line.GetString()) + "\n";
+    EXPECT_EQ(layout, expected);
+    ASSERT_EQ(b.bufferViews.size(), 1u);
+    const GlbBufferView& view = b.bufferViews[0];
+    EXPECT_EQ(std::to_string(view.byteOffset) + " " + std::to_string(view.byteStride) + " " + std::to_string(view.byteLength) +
+                  " " + std::to_string(view.target), c["view"].GetString());
+    EXPECT_EQ(b.data, Bytes(c["bin"]));
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, VertexBlock, testing::ValuesIn(gltftest::CasesOf({"vertex_blocks"})), gltftest::CaseName);
 
 INSTANTIATE_TEST_SUITE_P(Data, ExportCase, testing::ValuesIn(gltftest::CasesOf({"export_cases"})), gltftest::CaseName);
 }  // namespace
