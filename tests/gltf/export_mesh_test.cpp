@@ -1,9 +1,7 @@
-// Meshes, vertex layout, morph targets, Draco primitives and skins in the written GLB.
+// Index width, primitives without vertex data, the morph weights of a mesh and bound texts.
 #include <gtest/gtest.h>
 
 #include <cfloat>
-#include <cmath>
-#include <limits>
 
 #include "gltf/glb_builder.h"
 #include "gltf/glb_json_write.h"
