@@ -1,14 +1,12 @@
-// Meshes, vertex layout, morph targets, Draco primitives and skins in the written GLB.
+// Index width, primitives without vertex data, the morph weights of a mesh and bound texts.
 #include <gtest/gtest.h>
 
 #include <cfloat>
-#include <cmath>
-#include <limits>
 
 #include "gltf/glb_builder.h"
+#include "gltf/glb_json_write.h"
 #include "gltf/glb_mesh_export.h"
 #include "gltf/glb_node_export.h"
-#include "gltf/glb_skin_export.h"
 #include "gltf/glb_vertex_export.h"
 #include "write_test_support.h"
 
@@ -31,25 +29,6 @@ std::vector<GlbMesh> Meshes(const Scene& scene, GlbBuilder& b, std::vector<GlbNo
     return meshes;
 }
 
-void PutMatrix(std::vector<uint8_t>& out, const Mat4& m) {
-    for (float f : m.m) PutBytes<float>(out, {f});
-}
-
-TEST(GlbMeshExport, SharedVertexDataOnTwoInstancesIsOneBlock) {
-    Scene scene;
-    MeshInstance* first = OneInstanceScene(scene, Triangle(scene));
-    MeshInstance* strip = NewInstance(scene, *scene.root->geometry, first->vertices, {2, 1, 0});
-    strip->primitiveType = 4;  // triangle strip: mode 5
-
-    std::vector<uint8_t> expected;
-    PutBytes<uint16_t>(expected, {0, 1, 2});
-    PadTo4(expected);
-    PutBytes<float>(expected, {0, 0, 0, 1, 0, 0, 0, 1, 0});
-    PutBytes<uint16_t>(expected, {2, 1, 0});
-    PadTo4(expected);
-    EXPECT_EQ(ExpectChunk(scene, "shared_vertices").bin, expected);
-}
-
 TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
     GlbBuilder b;
     int32_t small = ExportIndices(b, {0, 65535, 7});
@@ -65,198 +44,6 @@ TEST(GlbMeshExport, IndicesSwitchToU32AtLargestIndex65536) {
     PadTo4(expected);
     PutBytes<uint32_t>(expected, {0, 65536, 7});
     EXPECT_EQ(b.data, expected);
-}
-
-TEST(GlbMeshExport, InterleavedLayoutOfEveryStream) {
-    VertexData v;
-    v.positions = {1, 2, 3, 4, 5, 6};
-    v.normals = {0, 0, 1, 0, 1, 0};
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    v.colors = {0.5f, 1.2f, -0.1f, 1.0f, nan, 0.0f, 0.999f, 0.2f};
-    v.joints = {0, 1, 2, 300, 3, 4, 5, 6};  // 300: u16 joints
-    v.weights = {0.25f, 0.25f, 0.5f, 0, 1, 0, 0, 0};
-    v.texCoords[0] = {0.5f, 0.5f, 1, 0};
-
-    GlbBuilder b;
-    b.data.resize(4);  // the block starts where the data ends
-    std::map<std::string, int32_t> attributes = ExportVertexData(b, v);
-
-    ASSERT_EQ(b.bufferViews.size(), 1u);
-    const GlbBufferView& view = b.bufferViews[0];
-    EXPECT_EQ(view.byteOffset, 4u);
-    EXPECT_EQ(view.byteStride, 60u);  // 12 + 12 + 4 + 8 + 16 + 8
-    EXPECT_EQ(view.byteLength, 120u);
-    EXPECT_EQ(view.target, 34962u);
-
-    struct Expect {
-        const char* name;
-        uint32_t offset, componentType, components;
-        bool normalized, bounds;
-    };
-    const Expect table[] = {{"POSITION", 0, 5126, 3, false, true},  {"NORMAL", 12, 5126, 3, false, true},
-                            {"COLOR_0", 24, 5121, 4, true, false},  {"JOINTS_0", 28, 5123, 4, false, false},
-                            {"WEIGHTS_0", 36, 5126, 4, false, false}, {"TEXCOORD_0", 52, 5126, 2, false, false}};
-    ASSERT_EQ(attributes.size(), 6u);
-    int32_t expectedIndex = 0;
-    for (const Expect& e : table) {
-        SCOPED_TRACE(e.name);
-        ASSERT_TRUE(attributes.count(e.name));
-        EXPECT_EQ(attributes[e.name], expectedIndex++);  // accessors in stream order
-        const GlbAccessor& a = b.accessors[size_t(attributes[e.name])];
-        EXPECT_EQ(a.byteOffset, e.offset);
-        EXPECT_EQ(a.format.componentType, e.componentType);
-        EXPECT_EQ(a.format.components, e.components);
-        EXPECT_EQ(a.normalized, e.normalized);
-        EXPECT_EQ(a.count, 2u);
-        EXPECT_EQ(a.min.empty(), !e.bounds);
-    }
-    const GlbAccessor& normal = b.accessors[size_t(attributes["NORMAL"])];
-    EXPECT_EQ(normal.min, (std::vector<float>{0, 0, 0}));
-    EXPECT_EQ(normal.max, (std::vector<float>{0, 1, 1}));
-
-    std::vector<uint8_t> expected(4, 0);
-    PutBytes<float>(expected, {1, 2, 3, 0, 0, 1});
-    // 0.5 -> 127.5 truncated; above 1 and below 0 clamp.
-    PutBytes<uint8_t>(expected, {127, 255, 0, 255});
-    PutBytes<uint16_t>(expected, {0, 1, 2, 300});
-    PutBytes<float>(expected, {0.25f, 0.25f, 0.5f, 0, 0.5f, 0.5f});
-    PutBytes<float>(expected, {4, 5, 6, 0, 1, 0});
-    PutBytes<uint8_t>(expected, {0, 0, 254, 51});  // NaN gives 0
-    PutBytes<uint16_t>(expected, {3, 4, 5, 6});
-    PutBytes<float>(expected, {1, 0, 0, 0, 1, 0});
-    EXPECT_EQ(b.data, expected);
-}
-
-TEST(GlbMeshExport, JointsBelow256AreBytesAndColoursOfThreeFloatsFillFourByteSlots) {
-    VertexData joints;  // streams rounded to 4 bytes: 12 + 4 + 8
-    joints.positions = {1, 2, 3};
-    joints.joints = {255, 0, 1, 2};
-    joints.texCoords[5] = {0.25f, 0.75f};
-    GlbBuilder b;
-    std::map<std::string, int32_t> attributes = ExportVertexData(b, joints);
-    EXPECT_EQ(b.bufferViews[0].byteStride, 24u);
-    EXPECT_EQ(b.accessors[size_t(attributes["JOINTS_0"])].format.componentType, 5121u);
-    EXPECT_FALSE(b.accessors[size_t(attributes["JOINTS_0"])].normalized);
-    EXPECT_EQ(b.accessors[size_t(attributes["TEXCOORD_5"])].byteOffset, 16u);
-    std::vector<uint8_t> expected;
-    PutBytes<float>(expected, {1, 2, 3});
-    PutBytes<uint8_t>(expected, {255, 0, 1, 2});
-    PutBytes<float>(expected, {0.25f, 0.75f});
-    EXPECT_EQ(b.data, expected);
-
-    // Colours are kept as read; three per vertex still go out as four bytes per vertex,
-    // taken in order, and the slots past the end of the data stay zero.
-    VertexData colours;
-    colours.positions = {0, 0, 0, 1, 0, 0};
-    colours.colors = {1, 0, 0, 0, 1, 0};
-    b.data.clear();
-    ExportVertexData(b, colours);
-    expected.clear();
-    PutBytes<float>(expected, {0, 0, 0});
-    PutBytes<uint8_t>(expected, {255, 0, 0, 0});
-    PutBytes<float>(expected, {1, 0, 0});
-    PutBytes<uint8_t>(expected, {255, 0, 0, 0});
-    EXPECT_EQ(b.data, expected);
-}
-
-TEST(GlbMeshExport, LoneTexCoord3KeepsItsNumber) {
-    Scene scene;
-    VertexData* v = Triangle(scene);
-    v->texCoords[3] = {0, 0, 1, 0, 0, 1};
-    OneInstanceScene(scene, v);
-    ExpectFragments(scene, "texcoord3");
-}
-
-TEST(GlbMeshExport, SparseMorphTargetsWithOneCompactedToNothing) {
-    Scene scene;
-    VertexData* v = Triangle(scene);
-    v->normals = {0, 0, 1, 0, 0, 1, 0, 0, 1};
-    MeshInstance* mi = OneInstanceScene(scene, v);
-
-    mi->morph = New<Morph>(scene);
-    MorphTarget* smile = New<MorphTarget>(scene, 3u);
-    smile->deltaPositions[3] = 0.5f;
-    smile->name = "smile";
-    smile->defaultWeight = 0.25f;
-    Compact(*smile, FLT_EPSILON);
-    MorphTarget* blink = New<MorphTarget>(scene, 3u);
-    blink->name = "blink";
-    Compact(*blink, FLT_EPSILON);
-    ASSERT_EQ(smile->count, 1u);
-    ASSERT_EQ(blink->count, 0u);
-    mi->morph->targets = {smile, blink};
-
-    GlbParts glb = ExpectChunk(scene, "morph");
-    ASSERT_EQ(glb.bin.size(), 108u);
-    std::vector<uint8_t> tail;
-    PutBytes<uint32_t>(tail, {1});
-    PutBytes<float>(tail, {0.5f, 0, 0, 0, 0, 0});
-    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 80, glb.bin.end()), tail);
-}
-
-TEST(GlbMeshExport, MorphTargetsOnABaseWithoutNormals) {
-    Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
-    mi->morph = New<Morph>(scene);
-    MorphTarget* t = New<MorphTarget>(scene, 3u);
-    t->deltaPositions = {0, 0, 0, 0, 0, 0, 0, 0, -2};
-    Compact(*t, FLT_EPSILON);
-    mi->morph->targets = {t};
-    ExpectFragments(scene, "morph_no_base_normal");
-}
-
-TEST(GlbMeshExport, DracoPrimitiveHasNoAttributeViews) {
-    Scene scene;
-    MeshInstance* mi = OneInstanceScene(scene, Triangle(scene));
-    DracoPayload payload;
-    payload.vertexCount = 3;
-    payload.indexCount = 3;
-    payload.data = {1, 2, 3, 4, 5};
-    // semantic, componentType, components, normalized, byteOffset, attributeId, min, max;
-    // the colour is written without "normalized" all the same.
-    payload.attributes = {{0, 0, 3, 0, 0, 0, {0, 0, 0}, {1, 1, 0}}, {4, 0, 4, 1, 12, 1, {}, {}}, {7, 0, 2, 0, 0, 2, {}, {}}};
-    mi->compressed = payload;
-
-    EXPECT_EQ(ExpectChunk(scene, "draco").bin, (std::vector<uint8_t>{1, 2, 3, 4, 5, 0, 0, 0}));
-}
-
-Mat4 Translation(float x, float y, float z) {
-    Mat4 m;
-    m[12] = x;
-    m[13] = y;
-    m[14] = z;
-    return m;
-}
-
-TEST(GlbMeshExport, SkinDropsAMissingJointAndTakesTheLastNodeAsSkeleton) {
-    Scene scene;
-    scene.root = NewNode("root", 10);
-    NewNode("j1", 11, scene.root);
-    NewNode("j2", 12, scene.root);
-    GraphNode* a = NewNode("a", 13, scene.root);
-    GraphNode* b = NewNode("b", 14, scene.root);
-
-    VertexData* v = Triangle(scene);
-    v->joints = {0, 1, 0, 0, 0, 1, 0, 0, 1, 0, 0, 0};
-    v->weights = {0.5f, 0.5f, 0, 0, 0.5f, 0.5f, 0, 0, 1, 0, 0, 0};
-    Skin* skin = New<Skin>(scene);
-    skin->joints = {11, 99, 12};
-    skin->inverseBindMatrices = {Translation(1, 2, 3), Translation(7, 7, 7), Translation(4, 5, 6)};
-    Geometry* ga = NewGeometry(scene, "ga", 0);
-    NewInstance(scene, *ga, v, {0, 1, 2})->skin = skin;
-    Geometry* gb = NewGeometry(scene, "gb", 1);
-    NewInstance(scene, *gb, v, {0, 2, 1})->skin = skin;  // same vertex data in another mesh
-    a->geometry = ga;
-    b->geometry = gb;
-
-    testing::internal::CaptureStdout();
-    GlbParts glb = ExpectFragments(scene, "skin");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "GLB skin convertion error - failed to find a node 99\n");
-    ASSERT_GE(glb.bin.size(), 232u);
-    std::vector<uint8_t> matrices;
-    PutMatrix(matrices, Translation(1, 2, 3));
-    PutMatrix(matrices, Translation(4, 5, 6));
-    EXPECT_EQ(std::vector<uint8_t>(glb.bin.begin() + 104, glb.bin.begin() + 232), matrices);
 }
 
 TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
@@ -276,38 +63,11 @@ TEST(GlbMeshExport, InstanceWithoutVertexDataKeepsItsPrimitive) {
     EXPECT_EQ(meshes[0].primitives[1].indices, 2);  // the index list is not shared: a new block
 }
 
-TEST(GlbMeshExport, SkinWithFewerMatricesThanJointsGetsIdentity) {
-    Skin skin;
-    skin.joints = {4, 5};
-    skin.inverseBindMatrices = {Translation(1, 2, 3)};
-    GlbBuilder b;
-    GlbSkin out = ExportSkin(skin, b, {{4, 0}, {5, 1}});
-    EXPECT_EQ(out.joints, (std::vector<int32_t>{0, 1}));
-    std::vector<uint8_t> expected;
-    PutMatrix(expected, Translation(1, 2, 3));
-    PutMatrix(expected, Mat4{});
-    EXPECT_EQ(b.data, expected);
-    EXPECT_EQ(b.accessors[size_t(out.inverseBindMatrices)].count, 2u);
-}
-
-TEST(GlbNodeExport, NodesAreNumberedDepthFirstParentsFirst) {
-    // root -> (a -> (a1 -> a11), b -> b1): a subtree is numbered whole before its next sibling.
-    GraphNode* root = NewNode("root", 0);
-    GraphNode* a = NewNode("a", 1, root);
-    NewNode("a11", 3, NewNode("a1", 2, a));
-    NewNode("b1", 5, NewNode("b", 4, root));
-    std::vector<GlbNode> nodes = ExportNodes(root);
-    delete root;
-    ASSERT_EQ(nodes.size(), 6u);
-    const char* names[] = {"root", "a", "a1", "a11", "b", "b1"};
-    const std::vector<int32_t> children[] = {{1, 4}, {2}, {3}, {}, {5}, {}};
-    for (size_t i = 0; i < 6; ++i) {
-        SCOPED_TRACE(names[i]);
-        EXPECT_EQ(nodes[i].index, int32_t(i));
-        EXPECT_EQ(nodes[i].name, names[i]);
-        EXPECT_EQ(nodes[i].children, children[i]);
-    }
-    EXPECT_EQ(nodes[4].id, 4u);
+TEST(GlbJson, BoundTextHasTenSignificantDigits) {
+    const std::pair<float, const char*> rows[] = {{0.1f, "0.1000000015"},   {0.5f, "0.5"},
+                                                  {1.23456789012f, "1.234567881"}, {-2.0f, "-2"},
+                                                  {1e20f, "1.00000002e+20"}, {1e-7f, "1.000000012e-07"}};
+    for (const auto& [value, text] : rows) EXPECT_EQ(FormatBoundValue(value), text);
 }
 
 TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone) {
@@ -354,12 +114,4 @@ TEST(GlbMeshExport, LastMorphOfAMeshDecidesItsWeightsAndACachedInstanceSetsNone)
     EXPECT_EQ(nodes[1].mesh, 1);
 }
 
-TEST(GlbMeshExport, AnimationOnlyFileHasNoMeshesOrSkins) {
-    Scene scene;
-    Skin* skin = New<Skin>(scene);
-    skin->joints = {0};
-    skin->inverseBindMatrices = {Mat4{}};
-    OneInstanceScene(scene, Triangle(scene))->skin = skin;
-    ExpectChunk(scene, "identity", AnimationOptions({"none"}));  // no meshes, no skins
-}
 }  // namespace

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <tuple>
 #include <unordered_map>
 
 #include "gltf/gltf_loader.h"
@@ -20,6 +21,7 @@ namespace {
 struct Comparison {
     std::unordered_map<uint64_t, uint64_t> ids;  // x node id -> y node id; the later node wins
     std::unordered_map<const Geometry*, const Geometry*> geometries;
+    std::vector<std::tuple<const MeshInstance*, const MeshInstance*, std::string>> instances;  // skins come last
 };
 
 bool Near(float a, float b) { return std::fabs(a - b) <= 1e-5f * std::max(1.0f, std::fabs(a)); }
@@ -120,12 +122,11 @@ void CompareGeometry(const Geometry* x, const Geometry* y, Comparison& c, const 
         }
         CompareVertices(a.vertices, b.vertices, at);
         CompareMorphs(a.morph, b.morph, at);
+        c.instances.emplace_back(&a, &b, at);
     }
 }
 
-using GeometryPairs = std::vector<std::pair<const Geometry*, const Geometry*>>;
-
-void CompareNodes(const GraphNode* x, const GraphNode* y, Comparison& c, GeometryPairs& skinned) {
+void CompareNodes(const GraphNode* x, const GraphNode* y, Comparison& c) {
     ASSERT_EQ(x == nullptr, y == nullptr);
     if (!x) return;
     EXPECT_EQ(x->name, y->name);
@@ -134,9 +135,8 @@ void CompareNodes(const GraphNode* x, const GraphNode* y, Comparison& c, Geometr
     ExpectSameRotation(x->rotation, y->rotation, x->name + " rotation");
     c.ids[x->id] = y->id;
     CompareGeometry(x->geometry, y->geometry, c, "node " + x->name);
-    if (x->geometry) skinned.emplace_back(x->geometry, y->geometry);
     ASSERT_EQ(x->children.size(), y->children.size()) << x->name;
-    for (size_t i = 0; i < x->children.size(); ++i) CompareNodes(x->children[i], y->children[i], c, skinned);
+    for (size_t i = 0; i < x->children.size(); ++i) CompareNodes(x->children[i], y->children[i], c);
 }
 
 template <typename Channel>
@@ -227,15 +227,9 @@ void RoundTrip(const std::string& source, const std::string& stem) {
     std::unique_ptr<Scene> b = Load(y.string());
     ASSERT_TRUE(a && b);
     Comparison c;
-    GeometryPairs skinned;
-    CompareNodes(a->root, b->root, c, skinned);
+    CompareNodes(a->root, b->root, c);
     // Skins need every node id first: joints may come later in the tree than their mesh.
-    for (const auto& [gx, gy] : skinned) {
-        for (size_t i = 0; i < gx->meshInstances.size() && i < gy->meshInstances.size(); ++i) {
-            if (gx->meshInstances[i] && gy->meshInstances[i])
-                CompareSkins(gx->meshInstances[i]->skin, gy->meshInstances[i]->skin, c, "geometry " + gx->name);
-        }
-    }
+    for (const auto& [mx, my, at] : c.instances) CompareSkins(mx->skin, my->skin, c, at);
     CompareAnimations(*a, *b, c);
 }
 

@@ -11,6 +11,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "file_contents.h"
 #include "glb_fixture.h"
 #include "gltf/gltf_accessors.h"
 #include "gltf/gltf_decode_cost.h"
@@ -259,6 +260,26 @@ std::vector<std::string> Items(std::string text) {
 }
 
 }  // namespace
+
+void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
+
+std::vector<Case> CasesOf(std::initializer_list<const char*> files) {
+    std::vector<Case> cases;
+    for (const char* file : files) {
+        rapidjson::Document list;
+        list.Parse(testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/" + file + ".json").c_str());
+        if (!list.IsArray()) throw std::runtime_error(std::string(file) + ".json is not a list of cases");
+        for (const rapidjson::Value& c : list.GetArray()) {
+            rapidjson::StringBuffer text;
+            rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+            c.Accept(writer);
+            cases.push_back({c["case"].GetString(), text.GetString()});
+        }
+    }
+    return cases;
+}
+
+std::string CaseName(const testing::TestParamInfo<Case>& row) { return row.param.name; }
 
 std::vector<uint8_t> GlbFromCase(const rapidjson::Value& gltf) { return CaseBuilder(gltf).Build(); }
 

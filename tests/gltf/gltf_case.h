@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
 #include "gltf/gltf_context.h"
@@ -19,6 +20,15 @@
 namespace gltftest {
 
 using Fields = std::map<std::string, std::string>;
+
+// The cases of data/<file>.json for each file, each as its JSON text, named by its "case".
+struct Case {
+    std::string name;
+    std::string json;
+};
+void PrintTo(const Case& c, std::ostream* out);
+std::vector<Case> CasesOf(std::initializer_list<const char*> files);
+std::string CaseName(const testing::TestParamInfo<Case>& row);
 
 // The GLB file of a case's "gltf" member; "buffers" defaults to the one binary chunk.
 std::vector<uint8_t> GlbFromCase(const rapidjson::Value& gltf);

@@ -1,37 +1,11 @@
 // The reading cases of data/read_accessor.json, decode_cost.json, image_names.json,
 // import_scene.json and import_materials.json, and the import refusals those cannot spell out.
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-
-#include "file_contents.h"
 #include "gltf_case.h"
 #include "read_test_util.h"
 
 using namespace gltftest;
 
 namespace {
-
-struct Case {
-    std::string name;
-    std::string json;  // the case object
-};
-void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
-
-std::vector<Case> CasesOf(std::initializer_list<const char*> files) {
-    std::vector<Case> cases;
-    for (const char* file : files) {
-        rapidjson::Document list;
-        list.Parse(testsupport::ReadFileText(std::string(VURL_GLTF_DATA_DIR) + "/" + file + ".json").c_str());
-        if (!list.IsArray()) throw std::runtime_error(std::string(file) + ".json is not a list of cases");
-        for (const rapidjson::Value& c : list.GetArray()) {
-            rapidjson::StringBuffer text;
-            rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-            c.Accept(writer);
-            cases.push_back({c["case"].GetString(), text.GetString()});
-        }
-    }
-    return cases;
-}
 
 class GltfCase : public testing::TestWithParam<Case> {};
 
@@ -47,7 +21,7 @@ TEST_P(GltfCase, ReadsAsExpected) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Data, GltfCase, testing::ValuesIn(CasesOf({"read_accessor", "decode_cost", "image_names", "import_scene", "import_materials"})),
-                         [](const testing::TestParamInfo<Case>& row) { return row.param.name; });
+                         CaseName);
 
 TEST(ImportNodes, ChainsDeeperThan4096LevelsAreRefused) {
     // They would overflow the recursive walks of the writers.

@@ -15,7 +15,6 @@
 
 #include "file_contents.h"
 #include "scratch_folder.h"
-#include "text_table.h"
 
 #ifndef VURL_SOURCE_DIR
 #error "VURL_SOURCE_DIR must name the source tree"
@@ -74,29 +73,6 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
     // The reservation must cover the whole buffer, or it would grow by copying after all.
     EXPECT_GE(EstimateGlbBufferBytes(scene, options), parts.bin.size()) << stem;
     return parts;
-}
-
-GlbParts ExpectChunk(const Scene& scene, const std::string& stem, const ExportOptions& options) {
-    GlbParts glb = WriteAndRead(scene, options, stem);
-    EXPECT_TRUE(glb.ok) << stem << ": " << glb.error;
-    std::string expected = testsupport::ReadFileText(std::string(VURL_SOURCE_DIR) + "/tests/gltf/data/" + stem + ".json");
-    if (!expected.empty() && expected.back() == '\n') expected.pop_back();
-    EXPECT_FALSE(expected.empty()) << "tests/gltf/data/" << stem << ".json is missing";
-    EXPECT_EQ(TrimmedJson(glb), expected) << stem;
-    return glb;
-}
-
-GlbParts ExpectFragments(const Scene& scene, const std::string& stem, const ExportOptions& options) {
-    GlbParts glb = WriteAndRead(scene, options, stem);
-    EXPECT_TRUE(glb.ok) << stem << ": " << glb.error;
-    int pieces = 0;
-    for (const testsupport::TableRow& row : testsupport::ReadTable(std::string(VURL_SOURCE_DIR) + "/tests/gltf/data/export_fragments.txt")) {
-        if (row.Text(0) != stem) continue;
-        ++pieces;
-        EXPECT_NE(glb.json.find(row.Text(1)), std::string::npos) << "export_fragments.txt:" << row.line << "\n" << glb.json;
-    }
-    EXPECT_GT(pieces, 0) << "no pieces for " << stem;
-    return glb;
 }
 
 ExportOptions ModelOptions() {

@@ -33,13 +33,6 @@ GlbParts WriteAndRead(const Scene& scene, const ExportOptions& options, const st
 ExportOptions ModelOptions();
 ExportOptions AnimationOptions(std::initializer_list<const char*> takes, bool model = false);
 
-// WriteAndRead, and the JSON chunk must be that of tests/gltf/data/<stem>.json (one line).
-GlbParts ExpectChunk(const Scene& scene, const std::string& stem, const ExportOptions& options = ModelOptions());
-
-// WriteAndRead, and the JSON chunk must hold every piece listed for the stem in
-// tests/gltf/data/export_fragments.txt.
-GlbParts ExpectFragments(const Scene& scene, const std::string& stem, const ExportOptions& options = ModelOptions());
-
 // Fails the current test unless every buffer view of the file is 4-aligned and lies within
 // the one buffer, whose length is that of the binary chunk (a view of length 0 may start at
 // the buffer's end).
