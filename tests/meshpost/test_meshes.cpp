@@ -1,19 +1,12 @@
 #include "test_meshes.h"
 
-#include "scene_builder.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-MeshInstance* MakeInstance(Scene& scene, VertexData data, std::vector<uint32_t> indices) {
-    MeshInstance* mi = testsupport::New<MeshInstance>(scene);
-    mi->vertices = testsupport::New<VertexData>(scene, std::move(data));
-    mi->indices = testsupport::New<std::vector<uint32_t>>(scene, std::move(indices));
-    return mi;
-}
-
-void MakeCube(VertexData& data, std::vector<uint32_t>& indices, float size) {
+TestMesh CubeMesh(float size) {
+    TestMesh m;
+    auto& [data, indices] = m;
     const float h = size * 0.5f;
     // For each face: normal, and two axes spanning it.
     const float faces[6][9] = {
@@ -31,9 +24,12 @@ void MakeCube(VertexData& data, std::vector<uint32_t>& indices, float size) {
         }
         for (uint32_t i : {0u, 1u, 2u, 0u, 2u, 3u}) indices.push_back(base + i);
     }
+    return m;
 }
 
-void MakeCylinder(VertexData& data, std::vector<uint32_t>& indices, uint32_t segments) {
+TestMesh CylinderMesh(uint32_t segments) {
+    TestMesh m;
+    auto& [data, indices] = m;
     const double pi = 3.14159265358979323846;
     for (uint32_t s = 0; s <= segments; ++s) {
         const double a = 2.0 * pi * s / segments;
@@ -47,9 +43,12 @@ void MakeCylinder(VertexData& data, std::vector<uint32_t>& indices, uint32_t seg
         const uint32_t a = 2 * s, b = a + 1, c = a + 2, d = a + 3;
         indices.insert(indices.end(), {a, b, c, c, b, d});
     }
+    return m;
 }
 
-void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n) {
+TestMesh GridMesh(uint32_t n) {
+    TestMesh m;
+    auto& [data, indices] = m;
     for (uint32_t j = 0; j <= n; ++j) {
         for (uint32_t i = 0; i <= n; ++i) {
             const float x = float(i) / float(n), z = float(j) / float(n);
@@ -63,40 +62,6 @@ void MakeGrid(VertexData& data, std::vector<uint32_t>& indices, uint32_t n) {
             indices.insert(indices.end(), {a, c, b, b, c, d});
         }
     }
-}
-
-double WorldArea(const MeshInstance& mi) {
-    const std::vector<float>& p = mi.vertices->positions;
-    double area = 0;
-    for (size_t t = 0; t + 2 < mi.indices->size(); t += 3) {
-        const float* a = &p[size_t((*mi.indices)[t]) * 3];
-        const float* b = &p[size_t((*mi.indices)[t + 1]) * 3];
-        const float* c = &p[size_t((*mi.indices)[t + 2]) * 3];
-        const double u[3] = {double(b[0]) - a[0], double(b[1]) - a[1], double(b[2]) - a[2]};
-        const double v[3] = {double(c[0]) - a[0], double(c[1]) - a[1], double(c[2]) - a[2]};
-        const double x = u[1] * v[2] - u[2] * v[1], y = u[2] * v[0] - u[0] * v[2], z = u[0] * v[1] - u[1] * v[0];
-        area += 0.5 * std::sqrt(x * x + y * y + z * z);
-    }
-    return area;
-}
-
-double UvArea(const MeshInstance& mi, int set) {
-    const std::vector<float>& uv = mi.vertices->texCoords[set];
-    double area = 0;
-    for (size_t t = 0; t + 2 < mi.indices->size(); t += 3) {
-        const float* a = &uv[size_t((*mi.indices)[t]) * 2];
-        const float* b = &uv[size_t((*mi.indices)[t + 1]) * 2];
-        const float* c = &uv[size_t((*mi.indices)[t + 2]) * 2];
-        area += 0.5 * std::fabs(double(b[0] - a[0]) * (c[1] - a[1]) - double(c[0] - a[0]) * (b[1] - a[1]));
-    }
-    return area;
-}
-
-Mat4 ScaleMatrix(float sx, float sy, float sz) {
-    Mat4 m;
-    m(0, 0) = sx;
-    m(1, 1) = sy;
-    m(2, 2) = sz;
     return m;
 }
 
