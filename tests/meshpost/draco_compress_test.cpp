@@ -65,15 +65,14 @@ DracoPayload Compress(const TestMesh& m, const DracoOptions& options = DracoOpti
 }  // namespace
 
 TEST(Draco, MeshesDecodeToSameFacesWithinQuantisation) {
-    // All three meshes span 1 unit: 11 bits give steps of 1/2047.
+    // All three meshes span 1 unit: 11 bits give steps of 1/2047. The cube repeats positions
+    // with other normals, the cylinder's seam repeats whole vertices.
     for (const TestMesh& m : {CubeMesh(), CylinderMesh(32), Grid(6)}) {
         const DracoPayload p = Compress(m);
-        const auto decoded = Decode(p);
-        ASSERT_TRUE(decoded);
-        EXPECT_EQ(decoded->num_faces() * 3, m.indices.size());
+        EXPECT_LE(MaxTriangleError(m, p), 1.0f / 2047);  // as many faces, each within a step
         EXPECT_EQ(p.indexCount, int32_t(m.indices.size()));
-        EXPECT_EQ(p.vertexCount, int32_t(decoded->num_points()));
-        EXPECT_LE(MaxTriangleError(m, p), 1.0f / 2047);
+        const auto decoded = Decode(p);
+        EXPECT_EQ(p.vertexCount, decoded ? int32_t(decoded->num_points()) : -1);
     }
 }
 

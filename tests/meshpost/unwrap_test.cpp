@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <sstream>
 
 #include "meshpost/meshpost.h"
 #include "meshpost/unwrap.h"
@@ -24,21 +26,8 @@ struct TestScene {
             testsupport::NewInstance(scene, *g, New<VertexData>(scene, m.data), m.indices);
         return g;
     }
-    GraphNode* AddNode(Geometry* g, const Mat4& world) {
-        GraphNode* node = testsupport::NewNode("", 0, scene.root);
-        node->geometry = g;
-        node->worldMatrix = world;
-        return node;
-    }
+    void AddNode(Geometry* g) { testsupport::NewNode("", 0, scene.root)->geometry = g; }
 };
-
-Mat4 ScaleMatrix(float sx, float sy, float sz) {
-    Mat4 m;
-    m(0, 0) = sx;
-    m(1, 1) = sy;
-    m(2, 2) = sz;
-    return m;
-}
 
 // Summed area of the instance's triangles in world space (uvSet < 0) or in a UV set.
 double Area(const MeshInstance& mi, int uvSet) {
@@ -58,31 +47,27 @@ double Area(const MeshInstance& mi, int uvSet) {
 }
 
 void ExpectInUnitSquare(const std::vector<float>& uv) {
-    ASSERT_FALSE(uv.empty());
-    for (float f : uv) {
-        EXPECT_GE(f, 0.0f);
-        EXPECT_LE(f, 1.0f);
-    }
+    EXPECT_FALSE(uv.empty());
+    EXPECT_TRUE(std::all_of(uv.begin(), uv.end(), [](float f) { return f >= 0 && f <= 1; }));
 }
 
-// A mesh named in data/unwrap_refusals.txt.
+// A mesh named in data/unwrap_refusals.txt: cube, cylinder, grid WIDTH, or mesh with the
+// numbers of its positions, then / and its indices.
 TestMesh NamedMesh(const std::string& text) {
+    if (text == "cube") return CubeMesh();
+    if (text == "cylinder") return CylinderMesh(24);
+    std::istringstream words(text.substr(text.find(' ') + 1));
     std::vector<double> n;
-    for (size_t at = text.find(' '); at != std::string::npos; at = text.find(' ', at + 1))
-        n.push_back(testsupport::Number(text.substr(at + 1, text.find(' ', at + 1) - at - 1)));
-    if (text.starts_with("cylinder")) return CylinderMesh(24);
-    TestMesh m = text.starts_with("cube") ? CubeMesh() : GridMesh(4);
-    if (text.starts_with("grid"))
+    for (std::string w; words >> w;) n.push_back(w == "/" ? -1 : testsupport::Number(w));
+    TestMesh m;
+    if (text.starts_with("grid")) {
+        m = GridMesh(4);
         for (float& f : m.data.positions) f *= float(n[0]);
-    if (text.starts_with("quad")) {
-        const float w = float(n[0]), h = float(n[1]), y1 = n.size() > 2 ? float(n[2]) : 0;
-        m = {VertexData(), {0, 1, 2, 0, 2, 3}};
-        m.data.positions = {0, 0, 0, w, y1, 0, w, h, 0, 0, h, 0};
+        return m;
     }
-    if (text == "degenerate") {
-        m = {VertexData(), {0, 1, 2, 3, 3, 3}};
-        m.data.positions = {0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1};
-    }
+    const auto slash = std::find(n.begin(), n.end(), -1.0);
+    for (auto it = n.begin(); it != slash; ++it) m.data.positions.push_back(float(*it));
+    for (auto it = slash + 1; it < n.end(); ++it) m.indices.push_back(uint32_t(*it));
     return m;
 }
 
@@ -100,50 +85,40 @@ void Spoil(MeshInstance& mi, const std::string& how) {
 
 }  // namespace
 
-TEST(Unwrap, WorldScaleIsLargestSignedComponentOverAllNodes) {
-    TestScene ts;
-    Geometry* shared = ts.AddGeometry({CubeMesh()});
-    Geometry* stretched = ts.AddGeometry({CubeMesh()});
-    Geometry* mirrored = ts.AddGeometry({CubeMesh()});
-    ts.AddGeometry({CubeMesh()});  // used by no node
-    ts.AddNode(shared, ScaleMatrix(1, 1, 1));
-    GraphNode* parent = ts.AddNode(shared, ScaleMatrix(3, 3, 3));
-    auto* deep = new GraphNode;  // found below another node, past a null child
-    deep->geometry = stretched;
-    deep->worldMatrix = ScaleMatrix(1, 2, 0.5f);
-    parent->AddChild(nullptr);
-    parent->AddChild(deep);
-    ts.AddNode(mirrored, ScaleMatrix(-2, 1, 1));
-
-    const auto scales = GeometryWorldScales(ts.scene.root);
-    EXPECT_FLOAT_EQ(scales.at(shared), 3.0f);
-    EXPECT_FLOAT_EQ(scales.at(stretched), 2.0f);
-    // A mirror turns all three scales negative, so the largest signed one is -1.
-    EXPECT_FLOAT_EQ(scales.at(mirrored), -1.0f);
-    EXPECT_EQ(scales.size(), 3u);
-}
-
-TEST(Unwrap, TexelDensityIsTexelsPerMeterTimesTheLargestNodeScale) {
-    // A cube's faces are flat charts, so texels per metre come out exactly. A geometry that
-    // no node uses unwraps at scale 1.
+TEST(Unwrap, TexelDensityIsTexelsPerMeterTimesTheLargestSignedNodeScale) {
+    // A cube's faces are flat charts, so texels per metre come out exactly. The scale is the
+    // largest signed component over the world scales of the nodes using the geometry (each
+    // node hangs below the one before, past a null child). A mirror turns all three
+    // components negative, so -2, 1, 1 gives -1, and xatlas then picks the density itself.
+    // A geometry that no node uses unwraps at scale 1.
     const struct {
-        std::vector<float> nodeScales;
-        float q;
-        double density;
-    } rows[] = {{{1}, 16, 16}, {{1}, 40, 40}, {{1, 3}, 16, 48}, {{}, 16, 16}};
+        std::vector<Vec3> nodeScales;
+        float q, scale;
+    } rows[] = {{{{1, 1, 1}}, 16, 1},           {{{1, 1, 1}}, 40, 1},    {{{1, 1, 1}, {3, 3, 3}}, 16, 3},
+                {{{3, 3, 3}, {1, 1, 1}}, 16, 3}, {{{1, 2, 0.5f}}, 16, 2}, {{{-2, 1, 1}}, 16, -1},
+                {{}, 16, 1}};
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.density);
+        SCOPED_TRACE(row.q * row.scale);
         TestScene ts[2];
         Geometry* g[2];
         for (int i = 0; i < 2; ++i) {
             g[i] = ts[i].AddGeometry({CubeMesh()});
-            for (float s : row.nodeScales) ts[i].AddNode(g[i], ScaleMatrix(s, s, s));
+            GraphNode* parent = ts[i].scene.root;
+            for (const Vec3& s : row.nodeScales) {
+                parent->AddChild(nullptr);
+                parent = testsupport::NewNode("", 0, parent);
+                parent->geometry = g[i];
+                parent->worldMatrix = Mat4{{s.x, 0, 0, 0, 0, s.y, 0, 0, 0, 0, s.z, 0, 0, 0, 0, 1}};
+            }
         }
-        const AtlasSize size = UnwrapGeometry(ts[0].scene, g[0]->meshInstances, float(row.density / row.q), row.q);
+        const AtlasSize size = UnwrapGeometry(ts[0].scene, g[0]->meshInstances, row.scale, row.q);
         UnwrapScene(ts[1].scene, row.q);
         // Texels per world unit from the summed areas.
         const MeshInstance& mi = *g[0]->meshInstances[0];
-        EXPECT_NEAR(std::sqrt(Area(mi, 0) * size.width * size.height / Area(mi, -1)), row.density, 0.02 * row.density);
+        const double density = row.q * row.scale;
+        if (density > 0) {
+            EXPECT_NEAR(std::sqrt(Area(mi, 0) * size.width * size.height / Area(mi, -1)), density, 0.02 * density);
+        }
         // The scene's walk picks the same scale: its layout is the lone unwrap's.
         EXPECT_EQ(g[1]->meshInstances[0]->vertices->texCoords[0], mi.vertices->texCoords[0]);
     }
@@ -160,7 +135,7 @@ TEST_P(UnwrapRefusal, LeavesTheGeometryWholeAndSaysWhy) {
     TestScene ts;
     Geometry* g = ts.AddGeometry(meshes);
     Geometry* fine = std::isnan(q) ? nullptr : ts.AddGeometry({CubeMesh()});
-    ts.AddNode(g, Mat4());
+    ts.AddNode(g);
     for (const std::string& how : row.Items(2)) Spoil(*g->meshInstances.back(), how);
     std::vector<VertexData*> before;
     for (MeshInstance* mi : g->meshInstances) before.push_back(mi->vertices);
@@ -190,24 +165,22 @@ TEST(Unwrap, AttributesAndMorphDeltasFollowTheirVertices) {
     // sanitizer build checks the frees). The cylinder and the cube share one atlas.
     TestScene ts;
     TestMesh cyl = CylinderMesh(24);
-    const uint32_t n = uint32_t(cyl.data.positions.size() / 3);
+    VertexData& c = cyl.data;
+    const uint32_t n = uint32_t(c.positions.size() / 3);
     for (uint32_t v = 0; v < n; ++v) {
-        cyl.data.joints.insert(cyl.data.joints.end(), {uint16_t(v), uint16_t(v + 1), 7, 0});
-        cyl.data.weights.insert(cyl.data.weights.end(), {0.25f * float(v), 0.5f, 0.125f, 0.0f});
-        cyl.data.colors.insert(cyl.data.colors.end(), {float(v), 1.0f, 0.0f, 1.0f});
-        cyl.data.texCoords[0].insert(cyl.data.texCoords[0].end(), {float(v), -float(v)});
+        const float f = float(v);
+        c.joints.insert(c.joints.end(), {uint16_t(v), uint16_t(v + 1), 7, 0});
+        c.weights.insert(c.weights.end(), {0.25f * f, 0.5f, 0.125f, 0.0f});
+        c.colors.insert(c.colors.end(), {f, 1.0f, 0.0f, 1.0f});
+        c.texCoords[0].insert(c.texCoords[0].end(), {f, -f});
     }
-    cyl.data.texCoords[3] = std::vector<float>(n * 2, 0.5f);
-    const VertexData before = cyl.data;
+    c.texCoords[3] = std::vector<float>(n * 2, 0.5f);
     Geometry* g = ts.AddGeometry({cyl, CubeMesh()});
-    ts.AddNode(g, Mat4());
+    ts.AddNode(g);
     Geometry* skipped = ts.AddGeometry({});
-    auto* strip = New<MeshInstance>(ts.scene);
+    MeshInstance* strip = testsupport::NewInstance(ts.scene, *skipped, g->meshInstances[0]->vertices, {0, 1, 2});
     strip->primitiveType = 4;
-    strip->vertices = g->meshInstances[0]->vertices;
-    strip->indices = New<std::vector<uint32_t>>(ts.scene, std::vector<uint32_t>{0, 1, 2});
-    skipped->meshInstances.push_back(strip);
-    ts.AddNode(skipped, Mat4());
+    ts.AddNode(skipped);
 
     auto* sparse = New<MorphTarget>(ts.scene, n);
     sparse->name = "sparse";
@@ -229,28 +202,27 @@ TEST(Unwrap, AttributesAndMorphDeltasFollowTheirVertices) {
 
     UnwrapScene(ts.scene, 16.0f);
     EXPECT_EQ(strip->vertices->positions.size(), size_t(n) * 3);
+    const MeshInstance& mi = *g->meshInstances[0];
     const MeshInstance& cube = *g->meshInstances[1];
     ExpectInUnitSquare(cube.vertices->texCoords[0]);
     EXPECT_TRUE(cube.vertices->texCoords[1].empty());
     EXPECT_EQ(cube.vertices->normals.size(), cube.vertices->positions.size());
-    for (const MeshInstance* instance : g->meshInstances)
+    for (const MeshInstance* instance : {&mi, &cube})
         for (uint32_t idx : *instance->indices) ASSERT_LT(idx, instance->vertices->positions.size() / 3);
-    EXPECT_EQ(g->meshInstances[0]->indices->size(), cyl.indices.size());
+    EXPECT_EQ(mi.indices->size(), cyl.indices.size());
     EXPECT_EQ(cube.indices->size(), 36u);
     // Charts that share the unit square without overlap cover at most all of it; each mesh
     // alone packs into well over half of an atlas of its own.
-    EXPECT_LE(Area(*g->meshInstances[0], 1) + Area(cube, 0), 1.0);
-    const MeshInstance& mi = *g->meshInstances[0];
+    EXPECT_LE(Area(mi, 1) + Area(cube, 0), 1.0);
+
     const VertexData& vd = *mi.vertices;
     const uint32_t m = uint32_t(vd.positions.size() / 3);
     ASSERT_GT(m, n);  // seams split vertices, so the copy by xref is really exercised
     ExpectInUnitSquare(vd.texCoords[1]);
     EXPECT_TRUE(vd.texCoords[3].empty());
-    ASSERT_EQ(vd.texCoords[0].size(), m * 2);
-    ASSERT_EQ(vd.joints.size(), m * 4);
-    ASSERT_EQ(vd.weights.size(), m * 4);
-    ASSERT_EQ(vd.colors.size(), m * 4);
-    ASSERT_NE(mi.morph, g->meshInstances[1]->morph);
+    for (size_t size : {vd.joints.size(), vd.weights.size(), vd.colors.size(), vd.texCoords[0].size() * 2})
+        ASSERT_EQ(size, m * 4);
+    ASSERT_NE(mi.morph, cube.morph);
     ASSERT_EQ(mi.morph->targets.size(), 2u);
     const MorphTarget& s = *mi.morph->targets[0];
     const MorphTarget& d = *mi.morph->targets[1];
@@ -262,22 +234,21 @@ TEST(Unwrap, AttributesAndMorphDeltasFollowTheirVertices) {
     for (uint32_t v = 0; v < m; ++v) {
         const uint32_t x = vd.joints[4 * v];
         ASSERT_LT(x, n);
+        const float f = float(x);
         EXPECT_EQ(vd.joints[4 * v + 1], x + 1);
-        EXPECT_EQ(vd.weights[4 * v], 0.25f * float(x));
-        EXPECT_EQ(vd.colors[4 * v], float(x));
-        EXPECT_EQ(vd.texCoords[0][2 * v], float(x));
-        EXPECT_EQ(vd.texCoords[0][2 * v + 1], -float(x));
+        EXPECT_EQ((std::vector<float>{vd.weights[4 * v], vd.colors[4 * v], vd.texCoords[0][2 * v], vd.texCoords[0][2 * v + 1]}),
+                  (std::vector<float>{0.25f * f, f, f, -f}));
         for (int k = 0; k < 3; ++k) {
-            EXPECT_EQ(vd.positions[3 * v + k], before.positions[3 * x + k]);
-            EXPECT_EQ(vd.normals[3 * v + k], before.normals[3 * x + k]);
+            EXPECT_EQ(vd.positions[3 * v + k], c.positions[3 * x + k]);
+            EXPECT_EQ(vd.normals[3 * v + k], c.normals[3 * x + k]);
         }
         if (x % 3 == 0) {
             ASSERT_LT(entry, s.count);
             EXPECT_EQ(s.indices[entry], v);
-            EXPECT_EQ(s.deltaPositions[3 * entry + 1], 1.0f + float(x));
+            EXPECT_EQ(s.deltaPositions[3 * entry + 1], 1.0f + f);
             ++entry;
         }
-        EXPECT_EQ(d.deltaNormals[3 * v], float(x));
+        EXPECT_EQ(d.deltaNormals[3 * v], f);
     }
     EXPECT_EQ(entry, s.count);
     EXPECT_EQ(d.count, m);
