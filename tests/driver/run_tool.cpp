@@ -9,10 +9,6 @@
 
 #include "file_contents.h"
 
-#ifndef VURL_EXECUTABLE
-#error "VURL_EXECUTABLE must name the built tool"
-#endif
-
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace) {
     ToolRun run;
     std::string outPath = cwd + "/.stdout", errPath = cwd + "/.stderr";
