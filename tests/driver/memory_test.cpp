@@ -1,5 +1,5 @@
-// Runs that cannot have the memory they need end with one line and exit code 1. The tool
-// runs in a child process whose address space is capped, so its allocations really fail.
+// Runs that cannot have the memory they need (cases in data/memory.txt): the tool runs in a
+// child process whose address space is capped, so its allocations really fail.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -13,6 +13,7 @@
 #include "file_contents.h"
 #include "run_tool.h"
 #include "scratch_folder.h"
+#include "text_table.h"
 
 namespace {
 
@@ -28,14 +29,13 @@ constexpr bool kAddressSpaceCapWorks = false;
 constexpr bool kAddressSpaceCapWorks = true;
 #endif
 
-// A JSON chunk of two million numbers: a few megabytes of text, tens of megabytes parsed.
+// A few megabytes of text, tens of megabytes parsed.
 std::vector<uint8_t> ManyNumbers() {
     std::string numbers;
     for (int i = 0; i < 2000000; ++i) numbers += i ? ",0" : "0";
     return GlbFixture().Build("\"extras\":[" + numbers + "]");
 }
 
-// A 500 x 500 quad grid: 9 MB to load, well over 100 MB inside xatlas.
 std::vector<uint8_t> Grid() {
     const uint32_t n = 500;
     std::vector<float> positions;
@@ -73,47 +73,32 @@ std::vector<uint8_t> ManyTargets() {
     return SharedAccessor(1, 30000, R"(,"targets":[)" + targets + "]");
 }
 
-TEST(Memory, RunsThatCannotHaveTheirMemoryEndWithOneLine) {
+class MemoryTest : public testing::TestWithParam<testsupport::TableRow> {};
+
+TEST_P(MemoryTest, RunThatCannotHaveItsMemoryEndsWithOneLine) {
     if (!kAddressSpaceCapWorks) GTEST_SKIP() << "address space cannot be capped under the sanitizers";
-    const std::string noMemory = "ERROR: 'in.glb': not enough memory while ";
-    // Each cap leaves room for the stages before: 250 meshes x 40,000 vertices x 12 bytes
-    // decode to 120 MB, which loads under 180 MB and cannot be copied into a GLB buffer there.
-    // Many targets: 30,000 x 12 bytes = 360,000 per read of the accessor, once for the mesh
-    // and per target once read plus twice kept (position and normal deltas): 360,000 +
-    // 8,000 x 1,080,000, refused before anything is decoded.
-    const struct {
-        std::vector<uint8_t> (*input)();
-        std::vector<std::string> options;
-        uint64_t addressSpace;
-        std::string err;
-        std::string lastProgress;  // the end of stdout: the failing stage's progress line
-    } cases[] = {
-        {ManyNumbers, {}, 40 * kMiB, noMemory + "loading the scene\n", "Loading scene...\n"},
-        {Grid, {"-u", "true"}, 60 * kMiB, noMemory + "unwrapping UVs\n", "Unwrapping UVs...\n"},
-        {[] { return SharedAccessor(250, 40000); }, {}, 180 * kMiB, noMemory + "writing out.glb\n",
-         "Writing out.glb...\n"},
-        {ManyTargets, {}, 1024 * kMiB,
-         "ERROR: 'in.glb': decoding the file would take 8640360000 bytes of memory, more than the 1073741824 "
-         "bytes available\n",
-         "Loading scene...\nFailed to load scene.\n"},
-    };
+    const testsupport::TableRow& row = GetParam();
+    const std::string input = row.Text(1);
     testsupport::ScratchFolder folder("memory");
     const std::string dir = folder.Path().string();
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.err);
-        ASSERT_TRUE(glbfixture::WriteFile(dir + "/in.glb", c.input()));
-        // An earlier run's output that the failing run never reached keeps its content.
-        ASSERT_TRUE(glbfixture::WriteFile(dir + "/out.glb", {'o', 'l', 'd'}));
-        std::vector<std::string> args = {"-i", "in.glb", "-o", "out.glb"};
-        args.insert(args.end(), c.options.begin(), c.options.end());
+    ASSERT_TRUE(glbfixture::WriteFile(dir + "/in.glb", input == "numbers" ? ManyNumbers()
+                                                       : input == "grid"  ? Grid()
+                                                       : input == "shared" ? SharedAccessor(250, 40000)
+                                                                           : ManyTargets()));
+    // An earlier run's output that the failing run never reached keeps its content.
+    ASSERT_TRUE(glbfixture::WriteFile(dir + "/out.glb", {'o', 'l', 'd'}));
+    std::vector<std::string> args = {"-i", "in.glb", "-o", "out.glb"};
+    for (const std::string& option : row.Items(2)) args.push_back(option);
 
-        const ToolRun run = RunTool(args, dir, c.addressSpace);
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.err, c.err);
-        EXPECT_TRUE(run.out.ends_with(c.lastProgress)) << run.out;
-        EXPECT_EQ(testsupport::ReadFileText(dir + "/out.glb"), "old");
-    }
+    const ToolRun run = RunTool(args, dir, uint64_t(row.Int(3)) * kMiB);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.err, row.Text(4));
+    EXPECT_TRUE(run.out.ends_with(row.Text(5))) << run.out;
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/out.glb"), "old");
 }
+
+INSTANTIATE_TEST_SUITE_P(Memory, MemoryTest, testing::ValuesIn(testsupport::ReadTable(VURL_TEST_DATA "/memory.txt")),
+                         testsupport::RowName);
 
 TEST(Memory, InterruptedWriteLeavesNoHalfWrittenFile) {
     testsupport::ScratchFolder folder("guard");
