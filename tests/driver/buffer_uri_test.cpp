@@ -11,8 +11,6 @@
 #include "run_tool.h"
 #include "scratch_folder.h"
 
-namespace {
-
 namespace fs = std::filesystem;
 
 TEST(BufferUri, OnlyFilesInsideTheInputsFolderAreRead) {
@@ -57,5 +55,3 @@ TEST(BufferUri, OnlyFilesInsideTheInputsFolderAreRead) {
         }
     }
 }
-
-}  // namespace

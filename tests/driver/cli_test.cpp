@@ -13,14 +13,10 @@
 
 namespace {
 
-using testsupport::TableRow;
-
-std::string Data(const std::string& name) { return testsupport::ReadFileText(std::string(VURL_TEST_DATA) + "/" + name); }
-
-class CliTest : public testing::TestWithParam<TableRow> {};
+class CliTest : public testing::TestWithParam<testsupport::TableRow> {};
 
 TEST_P(CliTest, ExitCodeAndStreams) {
-    const TableRow& c = GetParam();
+    const testsupport::TableRow& c = GetParam();
     const testsupport::ScratchFolder folder("cli");
     const std::string dir = folder.Path().string();
     std::ofstream(dir + "/scene.txt") << "not a scene";
@@ -30,7 +26,7 @@ TEST_P(CliTest, ExitCodeAndStreams) {
     EXPECT_EQ(c.Text(2) == "abort" ? run.signal : run.exitCode, c.Text(2) == "abort" ? SIGABRT : c.Int(2));
     const std::string out = c.Text(3), err = c.Text(4);
     if (out != "*") {
-        EXPECT_EQ(run.out, out.starts_with('<') ? Data(out.substr(1, out.size() - 2)) : out);
+        EXPECT_EQ(run.out, out.starts_with('<') ? testsupport::ReadFileText(VURL_TEST_DATA "/" + out.substr(1, out.size() - 2)) : out);
     }
     if (err.starts_with('~')) {
         EXPECT_NE(run.err.find(err.substr(1)), std::string::npos) << run.err;

@@ -73,9 +73,7 @@ TEST(ExportPlan, NumberedNamesGrowPastThreeDigitsAndSortByteWise) {
     std::vector<std::string> takes;
     for (int i = 0; i < 1001; ++i) takes.push_back("t" + std::to_string(i));
     AddTakes(scene, takes);
-    OutputNames names;
-    names.animationFile = "x.json";
-    const auto files = Plan(scene, names, "numbered");
+    const auto files = Plan(scene, {"", "x.json", "", "", "", ""}, "numbered");
     ASSERT_EQ(files.size(), 1001u);
     // "x1000.json" sorts between "x100.json" and "x101.json".
     EXPECT_EQ(Describe({files[0], files[100], files[101], files[102], files.back()}),
