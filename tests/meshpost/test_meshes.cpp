@@ -2,27 +2,23 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 TestMesh CubeMesh(float size) {
     TestMesh m;
-    auto& [data, indices] = m;
     const float h = size * 0.5f;
-    // For each face: normal, and two axes spanning it.
-    const float faces[6][9] = {
-        {1, 0, 0, 0, 1, 0, 0, 0, 1},  {-1, 0, 0, 0, 0, 1, 0, 1, 0}, {0, 1, 0, 0, 0, 1, 1, 0, 0},
-        {0, -1, 0, 1, 0, 0, 0, 0, 1}, {0, 0, 1, 1, 0, 0, 0, 1, 0},  {0, 0, -1, 0, 1, 0, 1, 0, 0},
-    };
-    const float corners[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
-    for (const auto& f : faces) {
-        const uint32_t base = uint32_t(data.positions.size() / 3);
-        for (const auto& c : corners) {
-            for (int k = 0; k < 3; ++k) {
-                data.positions.push_back(h * (f[k] + c[0] * f[3 + k] + c[1] * f[6 + k]));
-                data.normals.push_back(f[k]);
-            }
+    for (int f = 0; f < 6; ++f) {
+        // Normal along axis a (positive on even faces); u and w span the face, u flipped on
+        // the negative faces so that every face winds counter-clockwise seen from outside.
+        const int a = f / 2, u = (a + 1) % 3, w = (a + 2) % 3;
+        const float s = f % 2 ? -1.0f : 1.0f;
+        const uint32_t base = uint32_t(m.data.positions.size() / 3);
+        for (const auto& [cu, cw] : {std::pair{-1.0f, -1.0f}, {1.0f, -1.0f}, {1.0f, 1.0f}, {-1.0f, 1.0f}}) {
+            float p[3], n[3] = {0, 0, 0};
+            p[a] = s * h, p[u] = s * cu * h, p[w] = cw * h, n[a] = s;
+            m.data.positions.insert(m.data.positions.end(), p, p + 3);
+            m.data.normals.insert(m.data.normals.end(), n, n + 3);
         }
-        for (uint32_t i : {0u, 1u, 2u, 0u, 2u, 3u}) indices.push_back(base + i);
+        for (uint32_t i : {0u, 1u, 2u, 0u, 2u, 3u}) m.indices.push_back(base + i);
     }
     return m;
 }
@@ -65,33 +61,26 @@ TestMesh GridMesh(uint32_t n) {
     return m;
 }
 
-namespace {
-
-// The largest difference of the two triangles' corners (b's rotated by `rot`).
-double CornerMismatch(const VertexData& a, const uint32_t* at, const VertexData& b, const uint32_t* bt, int rot,
-                      double posTol, int uvSet, double uvTol) {
-    double worst = 0;
-    for (int k = 0; k < 3; ++k) {
-        const size_t i = at[k], j = bt[(k + rot) % 3];
-        for (size_t c = 0; c < 3; ++c)
-            worst = std::max(worst, std::fabs(double(a.positions[3 * i + c]) - b.positions[3 * j + c]) / posTol);
-        for (size_t c = 0; uvSet >= 0 && c < 2; ++c)
-            worst = std::max(worst, std::fabs(double(a.texCoords[uvSet][2 * i + c]) - b.texCoords[uvSet][2 * j + c]) / uvTol);
-    }
-    return worst;
-}
-
-}  // namespace
-
 double TriangleMismatch(const VertexData& a, const std::vector<uint32_t>& aIndices, const VertexData& b,
                         const std::vector<uint32_t>& bIndices, double posTol, int uvSet, double uvTol) {
-    if (aIndices.size() != bIndices.size()) return std::numeric_limits<double>::infinity();
+    if (aIndices.size() != bIndices.size()) return INFINITY;
+    // The largest corner difference of a's triangle s and b's triangle t rotated by `rot`.
+    auto corners = [&](size_t s, size_t t, size_t rot) {
+        double worst = 0;
+        for (size_t k = 0; k < 3; ++k) {
+            const size_t i = aIndices[s + k], j = bIndices[t + (k + rot) % 3];
+            for (size_t c = 0; c < 3; ++c)
+                worst = std::max(worst, std::fabs(double(a.positions[3 * i + c]) - b.positions[3 * j + c]) / posTol);
+            for (size_t c = 0; uvSet >= 0 && c < 2; ++c)
+                worst = std::max(worst, std::fabs(double(a.texCoords[uvSet][2 * i + c]) - b.texCoords[uvSet][2 * j + c]) / uvTol);
+        }
+        return worst;
+    };
     double worst = 0;
     for (size_t t = 0; t + 2 < bIndices.size(); t += 3) {
-        double best = std::numeric_limits<double>::infinity();
+        double best = INFINITY;
         for (size_t s = 0; s + 2 < aIndices.size(); s += 3)
-            for (int rot = 0; rot < 3; ++rot)
-                best = std::min(best, CornerMismatch(a, &aIndices[s], b, &bIndices[t], rot, posTol, uvSet, uvTol));
+            for (size_t rot = 0; rot < 3; ++rot) best = std::min(best, corners(s, t, rot));
         worst = std::max(worst, best);
     }
     return worst;

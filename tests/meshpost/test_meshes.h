@@ -18,9 +18,9 @@ TestMesh CylinderMesh(uint32_t segments);
 // Gently curved grid of n x n quads over the unit square, normals up.
 TestMesh GridMesh(uint32_t n);
 
-// How far the triangles of b are from those of a, in any order, corners in the same cyclic
-// order: over b's triangles, the best match's largest corner difference in position over
-// posTol and in UV set uvSet (none when negative) over uvTol. At most 1: every triangle
-// of b has a match within the tolerances; infinite when the counts differ.
+// Over b's triangles, the largest corner difference (position over posTol, UV set uvSet
+// over uvTol unless negative) to the best-matching triangle of a, in any order with
+// corners in the same cyclic order: at most 1 when every one matches; infinite when the
+// counts differ.
 double TriangleMismatch(const VertexData& a, const std::vector<uint32_t>& aIndices, const VertexData& b,
                         const std::vector<uint32_t>& bIndices, double posTol, int uvSet = -1, double uvTol = 1);
