@@ -85,44 +85,41 @@ void Spoil(MeshInstance& mi, const std::string& how) {
 
 }  // namespace
 
-TEST(Unwrap, TexelDensityIsTexelsPerMeterTimesTheLargestSignedNodeScale) {
-    // A cube's faces are flat charts, so texels per metre come out exactly. The scale is the
-    // largest signed component over the world scales of the nodes using the geometry (each
-    // node hangs below the one before, past a null child). A mirror turns all three
-    // components negative, so -2, 1, 1 gives -1, and xatlas then picks the density itself.
-    // A geometry that no node uses unwraps at scale 1.
-    const struct {
-        std::vector<Vec3> nodeScales;
-        float q, scale;
-    } rows[] = {{{{1, 1, 1}}, 16, 1},           {{{1, 1, 1}}, 40, 1},    {{{1, 1, 1}, {3, 3, 3}}, 16, 3},
-                {{{3, 3, 3}, {1, 1, 1}}, 16, 3}, {{{1, 2, 0.5f}}, 16, 2}, {{{-2, 1, 1}}, 16, -1},
-                {{}, 16, 1}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.q * row.scale);
-        TestScene ts[2];
-        Geometry* g[2];
-        for (int i = 0; i < 2; ++i) {
-            g[i] = ts[i].AddGeometry({CubeMesh()});
-            GraphNode* parent = ts[i].scene.root;
-            for (const Vec3& s : row.nodeScales) {
-                parent->AddChild(nullptr);
-                parent = testsupport::NewNode("", 0, parent);
-                parent->geometry = g[i];
-                parent->worldMatrix = Mat4{{s.x, 0, 0, 0, 0, s.y, 0, 0, 0, 0, s.z, 0, 0, 0, 0, 1}};
-            }
+class TexelDensity : public testing::TestWithParam<testsupport::TableRow> {};
+
+TEST_P(TexelDensity, IsTexelsPerMeterTimesTheLargestSignedNodeScale) {
+    const testsupport::TableRow& row = GetParam();
+    const float q = row.Float(2), scale = row.Float(3);
+    TestScene ts[2];
+    Geometry* g[2];
+    for (int i = 0; i < 2; ++i) {
+        g[i] = ts[i].AddGeometry({CubeMesh()});
+        GraphNode* parent = ts[i].scene.root;
+        for (const std::string& node : row.Items(1)) {
+            std::istringstream xyz(node);
+            Mat4 m;
+            xyz >> m(0, 0) >> m(1, 1) >> m(2, 2);
+            parent->AddChild(nullptr);
+            parent = testsupport::NewNode("", 0, parent);
+            parent->geometry = g[i];
+            parent->worldMatrix = m;
         }
-        const AtlasSize size = UnwrapGeometry(ts[0].scene, g[0]->meshInstances, row.scale, row.q);
-        UnwrapScene(ts[1].scene, row.q);
-        // Texels per world unit from the summed areas.
-        const MeshInstance& mi = *g[0]->meshInstances[0];
-        const double density = row.q * row.scale;
-        if (density > 0) {
-            EXPECT_NEAR(std::sqrt(Area(mi, 0) * size.width * size.height / Area(mi, -1)), density, 0.02 * density);
-        }
-        // The scene's walk picks the same scale: its layout is the lone unwrap's.
-        EXPECT_EQ(g[1]->meshInstances[0]->vertices->texCoords[0], mi.vertices->texCoords[0]);
     }
+    const AtlasSize size = UnwrapGeometry(ts[0].scene, g[0]->meshInstances, scale, q);
+    UnwrapScene(ts[1].scene, q);
+    // Texels per world unit from the summed areas.
+    const MeshInstance& mi = *g[0]->meshInstances[0];
+    const double density = q * scale;
+    if (density > 0) {
+        EXPECT_NEAR(std::sqrt(Area(mi, 0) * size.width * size.height / Area(mi, -1)), density, 0.02 * density);
+    }
+    // The scene's walk picks the same scale: its layout is the lone unwrap's.
+    EXPECT_EQ(g[1]->meshInstances[0]->vertices->texCoords[0], mi.vertices->texCoords[0]);
 }
+
+INSTANTIATE_TEST_SUITE_P(Unwrap, TexelDensity,
+                         testing::ValuesIn(testsupport::ReadTable(VURL_SOURCE_DIR "/tests/meshpost/data/texel_density.txt")),
+                         testsupport::RowName);
 
 class UnwrapRefusal : public testing::TestWithParam<testsupport::TableRow> {};
 
