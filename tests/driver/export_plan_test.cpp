@@ -1,148 +1,97 @@
+// Which files a run writes and what each holds (cases in data/export_plans.txt), and the
+// manifest that lists them.
 #include <gtest/gtest.h>
-
 
 #include "driver/export_plan.h"
 #include "driver/manifest.h"
 #include "file_contents.h"
 #include "scratch_folder.h"
+#include "text_table.h"
 
 namespace {
 
-void AddTakes(Scene& scene, std::initializer_list<const char*> names) {
-    for (const char* name : names) {
+void AddTakes(Scene& scene, const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
         auto* a = new Animation;
         a->name = name;
         scene.AddAnimation(a);
     }
 }
 
-struct Written {
-    std::string name;
-    ExportOptions options;
-};
+// "name: roles takes a, b" per file, joined by " ; ".
+std::string Describe(const std::vector<WrittenFile>& files) {
+    std::string out;
+    for (const WrittenFile& f : files) {
+        out += (out.empty() ? "" : " ; ") + f.name + ":";
+        const ExportOptions& o = f.options;
+        for (auto [on, role] : {std::pair{o.exportModel, " model"}, {o.exportMaterials, " materials"},
+                                {o.exportMetadata, " metadata"}, {o.exportSceneMetadata, " scene"}})
+            out += on ? role : "";
+        for (const std::string& take : o.animations) out += (take == *o.animations.begin() ? " takes " : ", ") + take;
+    }
+    return out;
+}
 
-// Plans and "writes" with a writer that records what it was asked for.
-std::vector<Written> Plan(const Scene& scene, const OutputNames& names, const std::string& naming,
-                          std::vector<WrittenFile>* files = nullptr) {
-    std::vector<Written> calls;
+// The files WriteOutputs lists; a writer for .json files checks that it is asked for each
+// of them with the listed roles.
+std::vector<WrittenFile> Plan(const Scene& scene, const OutputNames& names, const std::string& naming,
+                              std::string* out = nullptr) {
+    std::vector<WrittenFile> calls;
     FormatRegistry registry;
     RegisterWriter(registry, ".json", [&](const std::string& n, const Scene&, const ExportOptions& o) {
         calls.push_back({n, o});
         return true;
     });
     testing::internal::CaptureStdout();
-    std::vector<WrittenFile> written = WriteOutputs(registry, scene, names, naming, false);
-    testing::internal::GetCapturedStdout();
-    if (files) *files = written;
-    return calls;
+    std::vector<WrittenFile> files = WriteOutputs(registry, scene, names, naming, false);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    if (out) *out = printed;
+    std::vector<WrittenFile> json = files;
+    std::erase_if(json, [](const WrittenFile& f) { return !f.name.ends_with(".json"); });
+    EXPECT_EQ(Describe(calls), Describe(json));
+    return files;
 }
 
-std::vector<std::string> Names(const std::vector<Written>& calls) {
-    std::vector<std::string> out;
-    for (auto& c : calls) out.push_back(c.name);
-    return out;
+class ExportPlanTest : public testing::TestWithParam<testsupport::TableRow> {};
+
+TEST_P(ExportPlanTest, FilesAndTheirRoles) {
+    const testsupport::TableRow& row = GetParam();
+    Scene scene;
+    AddTakes(scene, row.Items(1));
+    const OutputNames names{row.Text(2), row.Text(3), row.Text(4), row.Text(5), row.Text(6), ""};
+    EXPECT_EQ(Describe(Plan(scene, names, row.Text(7))), row.Text(8));
 }
+
+INSTANTIATE_TEST_SUITE_P(ExportPlan, ExportPlanTest,
+                         testing::ValuesIn(testsupport::ReadTable(VURL_TEST_DATA "/export_plans.txt")),
+                         testsupport::RowName);
 
 }  // namespace
 
 TEST(ExportPlan, NumberedNamesGrowPastThreeDigitsAndSortByteWise) {
-    EXPECT_EQ(AnimationFileName("walk.json", "numbered", 0, "A"), "walk000.json");
-    EXPECT_EQ(AnimationFileName("walk.json", "numbered", 42, "A"), "walk042.json");
-    EXPECT_EQ(AnimationFileName("x.json", "numbered", 1000, "A"), "x1000.json");
-    EXPECT_EQ(AnimationFileName("noext", "numbered", 1, "A"), "noext001");
-    EXPECT_EQ(AnimationFileName("a.b/c", "numbered", 1, "A"), "a001.b/c");  // the last dot anywhere
-
     Scene scene;
-    for (int i = 0; i < 1001; ++i) {
-        auto* a = new Animation;
-        a->name = "t" + std::to_string(i);
-        scene.AddAnimation(a);
-    }
-    OutputNames names;
-    names.animationFile = "x.json";
-    auto calls = Plan(scene, names, "numbered");
-    ASSERT_EQ(calls.size(), 1001u);
-    EXPECT_EQ(calls[0].name, "x000.json");
+    std::vector<std::string> takes;
+    for (int i = 0; i < 1001; ++i) takes.push_back("t" + std::to_string(i));
+    AddTakes(scene, takes);
+    const auto files = Plan(scene, {"", "x.json", "", "", "", ""}, "numbered");
+    ASSERT_EQ(files.size(), 1001u);
     // "x1000.json" sorts between "x100.json" and "x101.json".
-    EXPECT_EQ(calls[100].name, "x100.json");
-    EXPECT_EQ(calls[101].name, "x1000.json");
-    EXPECT_EQ(calls[102].name, "x101.json");
-    EXPECT_EQ(calls.back().name, "x999.json");
-    EXPECT_EQ(calls[101].options.animations, std::set<std::string>{"t1000"});
-}
-
-TEST(ExportPlan, TakeNamesAreCleanedAndMayShareAFile) {
-    EXPECT_EQ(AnimationFileName("walk.json", "take", 0, "Take 001"), "walkTake_001.json");
-    EXPECT_EQ(AnimationFileName("w.json", "take", 0, "a/b?c<d>e\\f:g*h|i\"j\tk\x7fl"), "wa_b_c_d_e_f_g_h_i_j_k\x7fl.json");
-    EXPECT_EQ(AnimationFileName("w.json", "take", 0, "caf\xc3\xa9"), "wcaf\xc3\xa9.json");
-    EXPECT_EQ(AnimationFileName("dir.old/noext", "take", 0, "run"), "dirrun.old/noext");
-
-    Scene scene;
-    AddTakes(scene, {"a b", "a_b", "c"});
-    OutputNames names;
-    names.animationFile = "x.json";
-    auto calls = Plan(scene, names, "take");
-    ASSERT_EQ(Names(calls), (std::vector<std::string>{"xa_b.json", "xc.json"}));
-    EXPECT_EQ(calls[0].options.animations, (std::set<std::string>{"a b", "a_b"}));
-    // No takes, no animation file.
-    std::vector<WrittenFile> files;
-    EXPECT_TRUE(Plan(Scene(), names, "combine", &files).empty());
-    EXPECT_TRUE(files.empty());
-}
-
-TEST(ExportPlan, RolesFollowNamesAndCollapse) {
-    Scene scene;
-    AddTakes(scene, {"B", "A"});
-    OutputNames names;
-    names.modelFile = "all.json";
-    names.animationFile = "all.json";
-    names.materialsFile = "mat.json";
-    names.metadataFile = "mat.json";
-    names.sceneMetadataFile = "./mat.json";  // a different name, byte for byte
-    std::vector<WrittenFile> files;
-    auto calls = Plan(scene, names, "combine", &files);
-    ASSERT_EQ(Names(calls), (std::vector<std::string>{"./mat.json", "all.json", "mat.json"}));
-    EXPECT_TRUE(calls[0].options.exportSceneMetadata);
-    EXPECT_FALSE(calls[0].options.exportMaterials);
-    EXPECT_TRUE(calls[1].options.exportModel);
-    EXPECT_EQ(calls[1].options.animations, (std::set<std::string>{"A", "B"}));
-    EXPECT_TRUE(calls[2].options.exportMaterials && calls[2].options.exportMetadata);
-    EXPECT_EQ(calls[2].options.version, "1.2.2");
-    ASSERT_EQ(files.size(), 3u);
-
-    // The model can also be one of the numbered files.
-    OutputNames numbered;
-    numbered.modelFile = "x000.json";
-    numbered.animationFile = "x.json";
-    auto n = Plan(scene, numbered, "numbered");
-    ASSERT_EQ(Names(n), (std::vector<std::string>{"x000.json", "x001.json"}));
-    EXPECT_TRUE(n[0].options.exportModel);
-    EXPECT_EQ(n[0].options.animations, std::set<std::string>{"B"});
+    EXPECT_EQ(Describe({files[0], files[100], files[101], files[102], files.back()}),
+              "x000.json: takes t0 ; x100.json: takes t100 ; x1000.json: takes t1000 ; x101.json: takes t101 ; "
+              "x999.json: takes t999");
 }
 
 TEST(Manifest, StandardLayoutInWritingOrderWithUnknownExtensions) {
     Scene scene;
     AddTakes(scene, {"Take"});
-    OutputNames names;
-    names.modelFile = "a.glb";
-    names.animationFile = "a.glb";
-    names.metadataFile = "m.json";
-    names.sceneMetadataFile = "m.json";
-    names.materialsFile = "r.unknown";
-    FormatRegistry registry;  // no writer at all: every file is still listed
-    testing::internal::CaptureStdout();
-    auto files = WriteOutputs(registry, scene, names, "combine", false);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Writing a.glb...\nWriting m.json...\nWriting r.unknown...\n");
+    std::string out;  // no writer takes .glb or .unknown: every file is still listed
+    const auto files = Plan(scene, {"a.glb", "a.glb", "r.unknown", "m.json", "m.json", ""}, "combine", &out);
+    EXPECT_EQ(out, "Writing a.glb...\nWriting m.json...\nWriting r.unknown...\n");
 
     testsupport::ScratchFolder folder("manifest");
     const std::string dir = folder.Path().string();
     WriteManifest(files, dir + "/manifest.json");
-    EXPECT_EQ(testsupport::ReadFileText(dir + "/manifest.json"),
-              "{\n"
-              "\t\"a.glb\": [\n\t\t\"model\",\n\t\t\"animation\"\n\t],\n"
-              "\t\"m.json\": [\n\t\t\"scene\",\n\t\t\"metadata\"\n\t],\n"
-              "\t\"r.unknown\": [\n\t\t\"materials\"\n\t]\n"
-              "}");
+    EXPECT_EQ(testsupport::ReadFileText(dir + "/manifest.json"), testsupport::ReadFileText(VURL_TEST_DATA "/manifest.json"));
     WriteManifest({}, dir + "/empty.json");
     EXPECT_EQ(testsupport::ReadFileText(dir + "/empty.json"), "{\n\n}");
 }

@@ -42,44 +42,30 @@ TEST_P(OptionLookupTest, ReadsTheValueAsTheToolDoes) {
 INSTANTIATE_TEST_SUITE_P(Options, OptionLookupTest,
                          testing::ValuesIn(testsupport::ReadTable(VURL_TEST_DATA "/options.txt")), testsupport::RowName);
 
-namespace {
-struct Recorder {
+TEST(FormatRegistryTest, KeyOrderDecidesNotPosition) {
     std::vector<std::string> calls;
     FormatRegistry registry;
-    Recorder() {
-        for (const char* ext : {".FBX", ".glb", ".gltf", ".obj", ".3ds", ".dae", ".dxf"}) {
-            std::string key = ext;
-            RegisterLoader(registry, ext, [this, key](const std::string& name, const ConversionOptions&) {
-                calls.push_back(key + " " + name);
-                return nullptr;
-            });
-        }
-        for (const char* ext : {".json", ".GLB"}) {
-            std::string key = ext;
-            RegisterWriter(registry, ext, [this, key](const std::string& name, const Scene&, const ExportOptions&) {
-                calls.push_back(key + " " + name);
-                return true;
-            });
-        }
-    }
-};
-}  // namespace
-
-TEST(FormatRegistryTest, KeyOrderDecidesNotPosition) {
-    Recorder r;
-    ConversionOptions options;
+    for (std::string ext : {".FBX", ".glb", ".gltf", ".obj", ".3ds", ".dae", ".dxf"})
+        RegisterLoader(registry, ext, [&calls, ext](const std::string& name, const ConversionOptions&) {
+            calls.push_back(ext + " " + name);
+            return nullptr;
+        });
+    for (std::string ext : {".json", ".GLB"})
+        RegisterWriter(registry, ext, [&calls, ext](const std::string& name, const Scene&, const ExportOptions&) {
+            calls.push_back(ext + " " + name);
+            return true;
+        });
     for (const char* name : {"a.obj.fbx", "a.fbx.backup", "dir.glb/x.fbx", "SCENE.FBX", "x.gltf", "m.glb",
                              "noext", "x.txt"})
-        LoadScene(r.registry, name, options);
+        LoadScene(registry, name, ConversionOptions());
     // Keys are stored lower-cased; the loader sees the name unchanged.
-    std::vector<std::string> expected = {".FBX a.obj.fbx", ".FBX a.fbx.backup", ".FBX dir.glb/x.fbx",
-                                         ".FBX SCENE.FBX", ".gltf x.gltf", ".glb m.glb"};
-    EXPECT_EQ(r.calls, expected);
-    EXPECT_EQ(r.registry.loaders.begin()->first, ".3ds");
+    EXPECT_EQ(calls, (std::vector<std::string>{".FBX a.obj.fbx", ".FBX a.fbx.backup", ".FBX dir.glb/x.fbx",
+                                               ".FBX SCENE.FBX", ".gltf x.gltf", ".glb m.glb"}));
+    EXPECT_EQ(registry.loaders.begin()->first, ".3ds");
 
-    r.calls.clear();
+    calls.clear();
     Scene scene;
-    EXPECT_TRUE(WriteScene(r.registry, "Out.JSON.glb", scene, ExportOptions()));
-    EXPECT_FALSE(WriteScene(r.registry, "out.txt", scene, ExportOptions()));
-    EXPECT_EQ(r.calls, std::vector<std::string>{".GLB Out.JSON.glb"});
+    EXPECT_TRUE(WriteScene(registry, "Out.JSON.glb", scene, ExportOptions()));
+    EXPECT_FALSE(WriteScene(registry, "out.txt", scene, ExportOptions()));
+    EXPECT_EQ(calls, std::vector<std::string>{".GLB Out.JSON.glb"});
 }

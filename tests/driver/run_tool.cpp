@@ -9,10 +9,6 @@
 
 #include "file_contents.h"
 
-#ifndef VURL_EXECUTABLE
-#error "VURL_EXECUTABLE must name the built tool"
-#endif
-
 ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, uint64_t addressSpace) {
     ToolRun run;
     std::string outPath = cwd + "/.stdout", errPath = cwd + "/.stderr";
@@ -29,8 +25,7 @@ ToolRun RunTool(const std::vector<std::string>& args, const std::string& cwd, ui
         std::vector<char*> argv;
         std::string exe = VURL_EXECUTABLE;
         argv.push_back(exe.data());
-        std::vector<std::string> copy = args;
-        for (auto& a : copy) argv.push_back(a.data());
+        for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));  // execv keeps them
         argv.push_back(nullptr);
         execv(exe.c_str(), argv.data());
         _exit(127);
